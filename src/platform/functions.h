@@ -1,0 +1,117 @@
+// The platform C functions the library calls. On a device they come from the
+// system's frameworks; in the simulated device the host implements them with
+// the same signatures. Either way the library only sees these declarations.
+#pragma once
+
+#include <dlfcn.h>
+#include <spawn.h>
+#include <sys/utsname.h>
+
+#include <cstdint>
+
+#include "platform/objc.h"
+
+#if defined(__APPLE__)
+#include <CoreFoundation/CoreFoundation.h>
+#include <dispatch/dispatch.h>
+#include <mach-o/dyld.h>
+#include <notify.h>
+#else
+
+extern "C" {
+
+// ---- Core Foundation types (bridged to Foundation objects) ----
+using CFTypeRef = const void*;
+using CFStringRef = const struct __CFString*;
+using CFDictionaryRef = const struct __CFDictionary*;
+using CFMutableDictionaryRef = struct __CFDictionary*;
+using CFPropertyListRef = CFTypeRef;
+using CFNotificationCenterRef = struct __CFNotificationCenter*;
+using CFNotificationName = CFStringRef;
+using CFIndex = long;
+using Boolean = unsigned char;
+using CFAbsoluteTime = double;
+using CFNotificationCallback = void (*)(CFNotificationCenterRef center, void* observer,
+                                        CFNotificationName name, const void* object,
+                                        CFDictionaryRef userInfo);
+enum CFNotificationSuspensionBehavior : CFIndex {
+  CFNotificationSuspensionBehaviorDrop = 1,
+  CFNotificationSuspensionBehaviorCoalesce = 2,
+  CFNotificationSuspensionBehaviorHold = 3,
+  CFNotificationSuspensionBehaviorDeliverImmediately = 4,
+};
+
+// Darwin notification centre.
+CFNotificationCenterRef CFNotificationCenterGetDarwinNotifyCenter(void);
+void CFNotificationCenterAddObserver(CFNotificationCenterRef center, const void* observer,
+                                     CFNotificationCallback callBack, CFStringRef name,
+                                     const void* object,
+                                     CFNotificationSuspensionBehavior suspensionBehavior);
+void CFNotificationCenterRemoveEveryObserver(CFNotificationCenterRef center,
+                                             const void* observer);
+void CFNotificationCenterPostNotification(CFNotificationCenterRef center, CFNotificationName name,
+                                          const void* object, CFDictionaryRef userInfo,
+                                          Boolean deliverImmediately);
+
+// Preferences.
+extern const CFStringRef kCFPreferencesCurrentUser;
+extern const CFStringRef kCFPreferencesAnyHost;
+Boolean CFPreferencesAppSynchronize(CFStringRef applicationID);
+CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applicationID);
+void CFPreferencesSetAppValue(CFStringRef key, CFPropertyListRef value, CFStringRef applicationID);
+
+// Memory and time.
+void CFRelease(CFTypeRef cf);
+CFTypeRef CFRetain(CFTypeRef cf);
+CFAbsoluteTime CFAbsoluteTimeGetCurrent(void);
+
+// ---- Darwin notify ----
+enum : uint32_t { NOTIFY_STATUS_OK = 0, NOTIFY_STATUS_INVALID_NAME = 1,
+                  NOTIFY_STATUS_INVALID_TOKEN = 2, NOTIFY_STATUS_FAILED = 1000000 };
+#define NOTIFY_TOKEN_INVALID (-1)
+uint32_t notify_post(const char* name);
+uint32_t notify_register_check(const char* name, int* out_token);
+uint32_t notify_set_state(int token, uint64_t state);
+uint32_t notify_get_state(int token, uint64_t* state);
+uint32_t notify_cancel(int token);
+
+// ---- Grand Central Dispatch: the main queue only ----
+using dispatch_queue_t = struct dispatch_queue_s*;
+using dispatch_time_t = uint64_t;
+using dispatch_block_t = void (^)(void);
+#define DISPATCH_TIME_NOW (0ull)
+#define NSEC_PER_SEC 1000000000ull
+dispatch_queue_t dispatch_get_main_queue(void);
+void dispatch_async(dispatch_queue_t queue, dispatch_block_t block);
+void dispatch_after(dispatch_time_t when, dispatch_queue_t queue, dispatch_block_t block);
+dispatch_time_t dispatch_time(dispatch_time_t when, int64_t delta);
+
+// ---- The dynamic loader ----
+struct mach_header;
+void _dyld_register_func_for_add_image(void (*func)(const struct mach_header* mh,
+                                                    intptr_t vmaddr_slide));
+
+// ---- IOKit ----
+using mach_port_t = unsigned int;
+using io_object_t = mach_port_t;
+using io_service_t = io_object_t;
+using kern_return_t = int;
+extern const mach_port_t kIOMasterPortDefault;
+CFMutableDictionaryRef IOServiceMatching(const char* name);
+io_service_t IOServiceGetMatchingService(mach_port_t masterPort, CFDictionaryRef matching);
+kern_return_t IOObjectRelease(io_object_t object);
+
+// ---- Logging ----
+void NSLog(id format, ...);
+
+}  // extern "C"
+#endif
+
+namespace kv::platform {
+
+// Bridges between Foundation objects and the Core Foundation types that
+// name them (toll-free: the same pointer).
+inline CFStringRef cf(id str) { return reinterpret_cast<CFStringRef>(str); }
+inline id ns(CFTypeRef ref) { return reinterpret_cast<id>(const_cast<void*>(ref)); }
+
+}  // namespace kv::platform

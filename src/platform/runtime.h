@@ -1,0 +1,145 @@
+// Runtime access for the library: classes, selectors, typed message sends,
+// super sends, capability probes and instance-variable reads.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <type_traits>
+
+#include "platform/objc.h"
+
+namespace kv::platform {
+
+// Returns the class registered under `name`, or nullptr.
+Class classNamed(const char* name);
+
+// Returns the metaclass of `cls` (where its class methods live), or nullptr.
+Class metaclassOf(Class cls);
+
+// Returns the superclass of `cls`, or nullptr for a root class or nullptr.
+Class superclassOf(Class cls);
+
+// Returns the interned selector for `name`.
+SEL selector(const char* name);
+
+// Returns the selector's name.
+const char* selectorName(SEL sel);
+
+// A selector written once as a constant; interned on first use.
+class Sel {
+ public:
+  constexpr explicit Sel(const char* name) : name_(name) {}
+  operator SEL() const {  // NOLINT(google-explicit-constructor)
+    if (!sel_) sel_ = selector(name_);
+    return sel_;
+  }
+  const char* name() const { return name_; }
+
+ private:
+  const char* name_;
+  mutable SEL sel_ = nullptr;
+};
+
+inline id asId(Class cls) { return reinterpret_cast<id>(cls); }
+
+// Typed message send. A nil receiver answers zero (or a zeroed struct).
+template <typename R = void, typename... A>
+R send(id self, SEL op, A... args) {
+  if (self == nullptr) {
+    if constexpr (std::is_void_v<R>) {
+      return;
+    } else {
+      return R{};
+    }
+  }
+#if KV_APPLE_RUNTIME
+#if defined(__arm64__) || defined(__aarch64__)
+  return reinterpret_cast<R (*)(id, SEL, A...)>(objc_msgSend)(self, op, args...);
+#else
+  if constexpr (std::is_class_v<R> && sizeof(R) > 16) {
+    return reinterpret_cast<R (*)(id, SEL, A...)>(objc_msgSend_stret)(self, op, args...);
+  } else if constexpr (std::is_floating_point_v<R>) {
+    return reinterpret_cast<R (*)(id, SEL, A...)>(objc_msgSend_fpret)(self, op, args...);
+  } else {
+    return reinterpret_cast<R (*)(id, SEL, A...)>(objc_msgSend)(self, op, args...);
+  }
+#endif
+#else
+  IMP imp = objc_msg_lookup(self, op);
+  return reinterpret_cast<R (*)(id, SEL, A...)>(imp)(self, op, args...);
+#endif
+}
+
+// Typed message send to a class object.
+template <typename R = void, typename... A>
+R sendClass(Class cls, SEL op, A... args) {
+  return send<R>(asId(cls), op, args...);
+}
+
+// Sends `op` to `self` with the method lookup starting at `lookupClass`
+// (a call to super when `lookupClass` is the superclass of the method's class).
+template <typename R = void, typename... A>
+R sendSuper(Class lookupClass, id self, SEL op, A... args) {
+  if (self == nullptr || lookupClass == nullptr) {
+    if constexpr (std::is_void_v<R>) {
+      return;
+    } else {
+      return R{};
+    }
+  }
+#if KV_APPLE_RUNTIME
+  objc_super sup{self, lookupClass};
+#if defined(__arm64__) || defined(__aarch64__)
+  return reinterpret_cast<R (*)(objc_super*, SEL, A...)>(objc_msgSendSuper)(&sup, op, args...);
+#else
+  if constexpr (std::is_class_v<R> && sizeof(R) > 16) {
+    return reinterpret_cast<R (*)(objc_super*, SEL, A...)>(objc_msgSendSuper_stret)(&sup, op,
+                                                                                    args...);
+  } else {
+    return reinterpret_cast<R (*)(objc_super*, SEL, A...)>(objc_msgSendSuper)(&sup, op, args...);
+  }
+#endif
+#else
+  objc_super sup{self, lookupClass};
+  IMP imp = objc_msg_lookup_super(&sup, op);
+  return reinterpret_cast<R (*)(id, SEL, A...)>(imp)(self, op, args...);
+#endif
+}
+
+// Returns true iff `obj` answers `op` (asks the object, so forwarding counts).
+bool respondsTo(id obj, SEL op);
+
+// Returns true iff instances of `cls` answer `op`, without messaging anything.
+bool instancesRespondTo(Class cls, SEL op);
+
+// Returns true iff `obj` is an instance of `cls` or of a subclass of it.
+bool isKindOf(id obj, Class cls);
+
+// Returns true iff `obj` is a kind of the class named `className` (false when
+// that class does not exist).
+bool isKindOf(id obj, const char* className);
+
+// Returns the class name of `obj`, or "nil".
+const char* classNameOf(id obj);
+
+// Returns `[obj valueForKey:key]`, or nil when `obj` is nil or does not
+// answer valueForKey:. An unknown key raises in Foundation, as on a device.
+id valueForKey(id obj, const char* key);
+
+// Returns the address of the instance variable `name` of `obj`, or nullptr
+// when `obj` is nil or its class has no such variable.
+void* ivarAddress(id obj, const char* name);
+
+// Returns the value of the instance variable `name` of `obj` (searching its
+// class and superclasses), or nullopt when there is none.
+template <typename T>
+std::optional<T> ivar(id obj, const char* name) {
+  void* where = ivarAddress(obj, name);
+  if (where == nullptr) return std::nullopt;
+  T value;
+  std::memcpy(&value, where, sizeof(T));
+  return value;
+}
+
+}  // namespace kv::platform
