@@ -24,8 +24,12 @@ target_include_directories(kavelin_objc SYSTEM INTERFACE "${KAVELIN_OBJC_INCLUDE
 target_link_libraries(kavelin_objc INTERFACE "${KAVELIN_OBJC_LIB}" "${KAVELIN_BLOCKS_LIB}")
 
 # GNUstep Base, the real Foundation of a simulated host. Plain C++ references
-# none of its symbols, so the linker must be told to keep it.
+# none of its symbols, so the linker must be told to keep it. GNUstep exports
+# a _Block_copy of its own that does not know the blocks runtime's stack
+# blocks: the blocks runtime must come first in the process's lookup order.
 add_library(kavelin_foundation INTERFACE)
+target_link_options(kavelin_foundation INTERFACE
+  "-Wl,--push-state,--no-as-needed" "${KAVELIN_BLOCKS_LIB}" "-Wl,--pop-state")
 target_link_libraries(kavelin_foundation INTERFACE kavelin_objc
   "-Wl,--push-state,--no-as-needed" "${KAVELIN_GNUSTEP_BASE_LIB}" "-Wl,--pop-state")
 

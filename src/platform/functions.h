@@ -54,8 +54,6 @@ void CFNotificationCenterPostNotification(CFNotificationCenterRef center, CFNoti
                                           Boolean deliverImmediately);
 
 // Preferences.
-extern const CFStringRef kCFPreferencesCurrentUser;
-extern const CFStringRef kCFPreferencesAnyHost;
 Boolean CFPreferencesAppSynchronize(CFStringRef applicationID);
 CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applicationID);
 void CFPreferencesSetAppValue(CFStringRef key, CFPropertyListRef value, CFStringRef applicationID);

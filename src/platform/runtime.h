@@ -43,7 +43,21 @@ class Sel {
 
 inline id asId(Class cls) { return reinterpret_cast<id>(cls); }
 
+// What an argument of type T is passed as: a Sel constant as the SEL it names.
+template <typename T>
+struct Passed {
+  using type = T;
+};
+template <>
+struct Passed<Sel> {
+  using type = SEL;
+};
+template <typename T>
+using PassedAs = typename Passed<T>::type;
+
 // Typed message send. A nil receiver answers zero (or a zeroed struct).
+// Arguments pass as their own types (write 2.0 for a double, not 2), except
+// that a Sel constant passes as its SEL.
 template <typename R = void, typename... A>
 R send(id self, SEL op, A... args) {
   if (self == nullptr) {
@@ -55,19 +69,19 @@ R send(id self, SEL op, A... args) {
   }
 #if KV_APPLE_RUNTIME
 #if defined(__arm64__) || defined(__aarch64__)
-  return reinterpret_cast<R (*)(id, SEL, A...)>(objc_msgSend)(self, op, args...);
+  return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend)(self, op, PassedAs<A>(args)...);
 #else
   if constexpr (std::is_class_v<R> && sizeof(R) > 16) {
-    return reinterpret_cast<R (*)(id, SEL, A...)>(objc_msgSend_stret)(self, op, args...);
+    return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend_stret)(self, op, PassedAs<A>(args)...);
   } else if constexpr (std::is_floating_point_v<R>) {
-    return reinterpret_cast<R (*)(id, SEL, A...)>(objc_msgSend_fpret)(self, op, args...);
+    return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend_fpret)(self, op, PassedAs<A>(args)...);
   } else {
-    return reinterpret_cast<R (*)(id, SEL, A...)>(objc_msgSend)(self, op, args...);
+    return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend)(self, op, PassedAs<A>(args)...);
   }
 #endif
 #else
   IMP imp = objc_msg_lookup(self, op);
-  return reinterpret_cast<R (*)(id, SEL, A...)>(imp)(self, op, args...);
+  return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(imp)(self, op, PassedAs<A>(args)...);
 #endif
 }
 
@@ -91,19 +105,19 @@ R sendSuper(Class lookupClass, id self, SEL op, A... args) {
 #if KV_APPLE_RUNTIME
   objc_super sup{self, lookupClass};
 #if defined(__arm64__) || defined(__aarch64__)
-  return reinterpret_cast<R (*)(objc_super*, SEL, A...)>(objc_msgSendSuper)(&sup, op, args...);
+  return reinterpret_cast<R (*)(objc_super*, SEL, PassedAs<A>...)>(objc_msgSendSuper)(&sup, op, PassedAs<A>(args)...);
 #else
   if constexpr (std::is_class_v<R> && sizeof(R) > 16) {
-    return reinterpret_cast<R (*)(objc_super*, SEL, A...)>(objc_msgSendSuper_stret)(&sup, op,
-                                                                                    args...);
+    return reinterpret_cast<R (*)(objc_super*, SEL, PassedAs<A>...)>(objc_msgSendSuper_stret)(
+        &sup, op, PassedAs<A>(args)...);
   } else {
-    return reinterpret_cast<R (*)(objc_super*, SEL, A...)>(objc_msgSendSuper)(&sup, op, args...);
+    return reinterpret_cast<R (*)(objc_super*, SEL, PassedAs<A>...)>(objc_msgSendSuper)(&sup, op, PassedAs<A>(args)...);
   }
 #endif
 #else
   objc_super sup{self, lookupClass};
   IMP imp = objc_msg_lookup_super(&sup, op);
-  return reinterpret_cast<R (*)(id, SEL, A...)>(imp)(self, op, args...);
+  return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(imp)(self, op, PassedAs<A>(args)...);
 #endif
 }
 

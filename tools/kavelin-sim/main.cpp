@@ -1,56 +1,82 @@
-// kavelin-sim: runs Kavelin on a simulated device. Until the simulated device
-// exists it reports what this host offers the library: the Objective-C
-// runtime, Foundation, and the interception mechanism.
+// kavelin-sim: runs Kavelin on a simulated device.
+//   kavelin-sim                      the tour
+//   kavelin-sim run [--json] FILE... scenarios (exit 0 all held, 1 a failure, 2 unparsable)
+//   kavelin-sim help                 statements, actions, predicates, profiles
 #include <cstdio>
+#include <fstream>
+#include <sstream>
 #include <string>
+#include <vector>
 
-#include "platform/foundation.h"
-#include "platform/hook.h"
+#include "sim/device/runner.h"
+#include "tour.h"
 
 namespace {
 
-using kv::platform::Hook;
+kv::sim::RunOptions defaultOptions() {
+  kv::sim::RunOptions options;
+  options.hostPath = KAVELIN_HOST_PATH;
+  options.libraryPath = KAVELIN_LIBRARY_PATH;
+  return options;
+}
 
-// A stand-in platform method and its interception, to show the mechanism at work.
-int platformAnswer(id, SEL) { return 41; }
-int interceptedAnswer(id self, SEL cmd) { return Hook<&interceptedAnswer>::original(self, cmd) + 1; }
-
-int tour() {
-  kv::platform::AutoreleasePool pool;
-  std::printf("Kavelin simulated device: the platform layer\n");
-  id info = kv::platform::sendClass<id>(kv::platform::classNamed("NSProcessInfo"),
-                                        kv::platform::selector("processInfo"));
-  std::printf("  Foundation:  %s (process \"%s\")\n",
-              kv::platform::classNamed("NSString") ? "GNUstep Base" : "missing",
-              kv::platform::toString(kv::platform::send<id>(info, kv::platform::selector("processName")))
-                  .c_str());
-
-  Class cls = objc_allocateClassPair(kv::platform::classNamed("NSObject"), "TourPlatformClass", 0);
-  class_addMethod(cls, kv::platform::selector("answer"), reinterpret_cast<IMP>(platformAnswer), "i@:");
-  objc_registerClassPair(cls);
-  const kv::platform::Row rows[] = {
-      kv::platform::replaced<&interceptedAnswer>("TourPlatformClass", "-answer"),
-      kv::platform::replaced<&interceptedAnswer>("SBApplication", "-icon:launchFromLocation:"),
-  };
-  std::printf("  interception report:\n");
-  for (const auto& record : kv::platform::installRows(rows)) {
-    std::printf("    %s\n", kv::platform::describe(record).c_str());
+// Parses and validates; prints the error and answers false when malformed.
+bool load(const std::string& text, const std::string& file, kv::sim::Scenario* out) {
+  auto parsed = kv::sim::parseScenario(text, file);
+  if (auto* error = std::get_if<kv::sim::ParseError>(&parsed)) {
+    std::fprintf(stderr, "%s\n", error->format().c_str());
+    return false;
   }
-  id obj = kv::platform::send<id>(kv::platform::sendClass<id>(cls, kv::platform::selector("alloc")),
-                                  kv::platform::selector("init"));
-  std::printf("  -answer: platform says 41, intercepted says %d\n",
-              kv::platform::send<int>(obj, kv::platform::selector("answer")));
-  std::printf("The simulated device (SpringBoard and the other hosts) is not built yet.\n");
-  return 0;
+  *out = std::get<kv::sim::Scenario>(std::move(parsed));
+  if (auto error = kv::sim::validateScenario(*out)) {
+    std::fprintf(stderr, "%s\n", error->format().c_str());
+    return false;
+  }
+  return true;
+}
+
+int run(const std::vector<std::string>& args) {
+  kv::sim::RunOptions options = defaultOptions();
+  std::vector<kv::sim::Scenario> scenarios;
+  for (const auto& arg : args) {
+    if (arg == "--json") {
+      options.json = true;
+      continue;
+    }
+    std::ifstream in(arg);
+    if (!in) {
+      std::fprintf(stderr, "%s: cannot read\n", arg.c_str());
+      return 2;
+    }
+    std::stringstream text;
+    text << in.rdbuf();
+    kv::sim::Scenario scenario;
+    if (!load(text.str(), arg, &scenario)) return 2;
+    scenarios.push_back(std::move(scenario));
+  }
+  if (scenarios.empty()) {
+    std::fprintf(stderr, "kavelin-sim run: no scenario files\n");
+    return 2;
+  }
+  bool allHeld = true;
+  for (const auto& scenario : scenarios) allHeld = kv::sim::runScenario(scenario, options) && allHeld;
+  return allHeld ? 0 : 1;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc > 1) {
-    std::fprintf(stderr, "kavelin-sim: '%s': scenarios need the simulated device, not built yet\n",
-                 argv[1]);
-    return 2;
+  std::vector<std::string> args(argv + 1, argv + argc);
+  if (args.empty()) {
+    kv::sim::Scenario tour;
+    if (!load(kv::tools::tourScenario(), "tour", &tour)) return 2;
+    return kv::sim::runScenario(tour, defaultOptions()) ? 0 : 1;
   }
-  return tour();
+  if (args[0] == "help" || args[0] == "--help" || args[0] == "-h") {
+    std::fputs(kv::sim::helpText().c_str(), stdout);
+    return 0;
+  }
+  if (args[0] == "run") return run({args.begin() + 1, args.end()});
+  std::fprintf(stderr, "kavelin-sim: unknown command '%s' (see kavelin-sim help)\n", args[0].c_str());
+  return 2;
 }

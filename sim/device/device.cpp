@@ -1,0 +1,424 @@
+// The simulated device.
+#include "sim/device/device.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cmath>
+#include <cstring>
+#include <filesystem>
+
+#include "sim/common/device_paths.h"
+#include "sim/common/plist.h"
+#include "sim/device/profiles.h"
+
+extern char** environ;
+
+namespace kv::sim {
+
+namespace {
+
+constexpr int kMaxSettleSteps = 100000;
+
+// The folders every device has.
+const char* const kDeviceFolders[] = {
+    "/var/mobile/Library/Preferences",
+    "/var/mobile/Library/Logs",
+    "/private/var/tmp",
+    "/Library/PreferenceBundles",
+    "/Library/MobileSubstrate/DynamicLibraries",
+    "/bootstrap/Library/PreferenceBundles",
+};
+
+std::string machineFor(const DeviceOptions& o) {
+  if (o.ipad) return "iPad6,3";
+  if (o.biometrics == "faceid") return "iPhone10,3";
+  if (o.biometrics == "none") return "iPhone5,2";
+  return "iPhone8,1";
+}
+
+std::string describeStatus(int status) {
+  if (WIFSIGNALED(status)) {
+    int sig = WTERMSIG(status);
+    return "signal " + std::to_string(sig) + " (" + strsignal(sig) + ")";
+  }
+  if (WIFEXITED(status)) return "exit status " + std::to_string(WEXITSTATUS(status));
+  return "unknown status";
+}
+
+}  // namespace
+
+Device::Device(DeviceOptions options) : options_(std::move(options)) {
+  char pattern[] = "/tmp/kavelin-sim-XXXXXX";
+  const char* made = mkdtemp(pattern);
+  root_ = made != nullptr ? std::string(made) + "/root" : "/tmp/kavelin-sim-root";
+  for (const char* folder : kDeviceFolders) {
+    std::error_code ec;
+    std::filesystem::create_directories(realPath(folder), ec);
+  }
+}
+
+Device::~Device() {
+  for (auto& h : hosts_) {
+    if (!h->alive) continue;
+    h->channel->send(message("quit"));
+  }
+  for (auto& h : hosts_) {
+    if (h->pid <= 0) continue;
+    int status = 0;
+    for (int i = 0; i < 200 && waitpid(h->pid, &status, WNOHANG) == 0; ++i) usleep(10000);
+    if (waitpid(h->pid, &status, WNOHANG) == 0) {
+      kill(h->pid, SIGKILL);
+      waitpid(h->pid, &status, 0);
+    }
+  }
+  std::error_code ec;
+  std::filesystem::remove_all(std::filesystem::path(root_).parent_path(), ec);
+}
+
+std::string Device::realPath(const std::string& devicePath) const {
+  return mapDevicePath(root_, devicePath);
+}
+
+void Device::note(const std::string& process, const std::string& kind, const std::string& details) {
+  log_.add(elapsed(), process, kind, details);
+}
+
+uint64_t Device::state(const std::string& name) const {
+  auto it = states_.find(name);
+  return it == states_.end() ? 0 : it->second;
+}
+
+Device::Host* Device::find(const std::string& process) {
+  for (auto& h : hosts_) {
+    if (h->alive && (h->name == process || h->bundle == process)) return h.get();
+  }
+  return nullptr;
+}
+
+bool Device::running(const std::string& process) const {
+  return const_cast<Device*>(this)->find(process) != nullptr;
+}
+
+Value Device::helloFor(const Host& host) const {
+  const OsProfile* os = osProfile(options_.version);
+  Value::Array io;
+  if (options_.biometrics == "touchid") io.push_back(Value::string("AppleMesa"));
+  if (options_.biometrics == "faceid") io.push_back(Value::string("AppleH10PearlCam"));
+  Value::Array privateLibraries;
+  for (const auto& p : options_.privateLibraries) privateLibraries.push_back(Value::string(p));
+  return message("hello", {
+      {"now", Value::integer(now_)},
+      {"process", Value::string(host.name)},
+      {"bundle", Value::string(host.bundle)},
+      {"osVersion", Value::string(os ? os->version : options_.version)},
+      {"osVersionString", Value::string(os ? os->versionString : "Version " + options_.version)},
+      {"model", Value::string(options_.ipad ? "iPad" : "iPhone")},
+      {"machine", Value::string(machineFor(options_))},
+      {"idiom", Value::integer(options_.ipad ? 1 : 0)},
+      {"biometrics", Value::string(options_.biometrics)},
+      {"passcode", Value::boolean(options_.passcode)},
+      {"identities", Value::integer(options_.identities)},
+      {"ioServices", Value::array(io)},
+      {"privateLibraries", Value::array(privateLibraries)},
+      {"root", Value::string(root_)},
+      {"library", Value::string(options_.libraryPath)},
+  });
+}
+
+bool Device::start(const std::string& process, std::string* error) {
+  ProcessProfile profile;
+  if (!processProfile(process, &profile)) {
+    *error = "unknown process " + process;
+    return false;
+  }
+  if (find(profile.name) != nullptr) {
+    *error = profile.name + " is already running";
+    return false;
+  }
+  int fds[2];
+  if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, fds) != 0) {
+    *error = std::string("socketpair: ") + std::strerror(errno);
+    return false;
+  }
+  std::string logPath = std::filesystem::path(root_).parent_path() / (profile.name + ".stderr");
+  posix_spawn_file_actions_t actions;
+  posix_spawn_file_actions_init(&actions);
+  posix_spawn_file_actions_adddup2(&actions, fds[1], 3);
+  posix_spawn_file_actions_addopen(&actions, 2, logPath.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+  std::string home = realPath("/var/mobile");
+  std::vector<std::string> env = {"HOME=" + home, "TZ=UTC"};
+  for (char** e = environ; *e != nullptr; ++e) {
+    std::string var = *e;
+    if (var.rfind("ASAN_", 0) == 0 || var.rfind("LSAN_", 0) == 0 || var.rfind("UBSAN_", 0) == 0 ||
+        var.rfind("PATH=", 0) == 0 || var.rfind("LD_", 0) == 0) {
+      env.push_back(var);
+    }
+  }
+  std::vector<char*> envp;
+  for (auto& v : env) envp.push_back(v.data());
+  envp.push_back(nullptr);
+  std::string fdArg = "--fd=3";
+  std::string path = options_.hostPath;
+  char* argv[] = {path.data(), fdArg.data(), nullptr};
+  pid_t pid = -1;
+  int rc = posix_spawn(&pid, path.c_str(), &actions, nullptr, argv, envp.data());
+  posix_spawn_file_actions_destroy(&actions);
+  close(fds[1]);
+  if (rc != 0) {
+    close(fds[0]);
+    *error = "cannot start " + path + ": " + std::strerror(rc);
+    return false;
+  }
+  auto host = std::make_unique<Host>();
+  host->name = profile.name;
+  host->bundle = profile.bundleIdentifier;
+  host->pid = pid;
+  host->channel = std::make_unique<Channel>(fds[0]);
+  host->alive = true;
+  Host& h = *host;
+  hosts_.push_back(std::move(host));
+  note("device", "start", h.name);
+  auto done = runCommand(h, helloFor(h));
+  if (!done) {
+    *error = fault_;
+    return false;
+  }
+  if (!(*done)["error"].isNone()) {
+    *error = h.name + ": " + (*done)["error"].asString();
+    return false;
+  }
+  settle();
+  return fault_.empty() || (*error = fault_, false);
+}
+
+bool Device::action(const std::string& process, const std::string& name,
+                    const std::vector<std::string>& args, const std::string& rest, Value* result,
+                    std::string* error) {
+  Host* h = find(process);
+  if (h == nullptr) {
+    *error = process + " is not running";
+    return false;
+  }
+  Value::Array words;
+  for (const auto& a : args) words.push_back(Value::string(a));
+  auto done = runCommand(*h, message("action", {{"action", Value::string(name)},
+                                                {"args", Value::array(words)},
+                                                {"rest", Value::string(rest)}}));
+  if (!done) {
+    *error = fault_;
+    return false;
+  }
+  settle();
+  if (!(*done)["error"].isNone()) {
+    *error = (*done)["error"].asString();
+    return false;
+  }
+  if (result != nullptr) *result = (*done)["result"];
+  if (!fault_.empty()) {
+    *error = fault_;
+    return false;
+  }
+  return true;
+}
+
+void Device::post(const std::string& name, std::optional<uint64_t> state,
+                  const std::string& poster) {
+  if (state) states_[name] = *state;
+  onPost(name, poster);
+  settle();
+}
+
+void Device::onPost(const std::string& name, const std::string& poster) {
+  auto it = states_.find(name);
+  std::string details = name;
+  if (it != states_.end()) details += " state=" + std::to_string(it->second);
+  note(poster, "posted", details);
+  for (auto& h : hosts_) {
+    if (h->alive && h->observes.count(name) != 0) {
+      deliveries_.emplace_back(h.get(), message("deliver", {{"name", Value::string(name)}}));
+    }
+  }
+}
+
+void Device::writePreference(const std::string& domain, const std::string& key, const Value& value) {
+  std::string path = realPath("/var/mobile/Library/Preferences/" + domain + ".plist");
+  auto contents = readPlistFile(path);
+  Value::Dictionary values = contents ? contents->asDictionary() : Value::Dictionary{};
+  if (value.isNone()) {
+    values.erase(key);
+  } else {
+    values[key] = value;
+  }
+  writePlistFile(path, Value::dictionary(values), PlistFormat::kBinary);
+  note("device", "prefs", domain + " " + key + " = " + value.describe());
+}
+
+Value Device::readPreference(const std::string& domain, const std::string& key) const {
+  auto contents = readPlistFile(realPath("/var/mobile/Library/Preferences/" + domain + ".plist"));
+  return contents ? (*contents)[key] : Value();
+}
+
+bool Device::writeFile(const std::string& devicePath, const Value& value) {
+  std::string path = realPath(devicePath);
+  std::error_code ec;
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ec);
+  bool ok = writePlistFile(path, value, PlistFormat::kXml);
+  note("device", "file", devicePath + (ok ? "" : " (write failed)"));
+  return ok;
+}
+
+void Device::setWifi(const Value& network) {
+  wifi_ = network;
+  note("device", "wifi", network.isNone() ? "off" : network.describe());
+}
+
+void Device::advance(double seconds) {
+  int64_t target = now_ + (seconds > 0 ? std::llround(seconds * 1e9) : 0);
+  for (;;) {
+    settle();
+    std::optional<int64_t> earliest;
+    for (auto& h : hosts_) {
+      if (h->alive && h->next && (!earliest || *h->next < *earliest)) earliest = h->next;
+    }
+    if (!earliest || *earliest > target || !fault_.empty()) break;
+    if (*earliest > now_) now_ = *earliest;
+    for (auto& h : hosts_) {
+      if (h->alive && h->next && *h->next <= now_) {
+        runCommand(*h, message("run"));
+        settle();
+      }
+    }
+  }
+  now_ = target;
+}
+
+void Device::settle() {
+  for (int step = 0; step < kMaxSettleSteps && fault_.empty(); ++step) {
+    if (!deliveries_.empty()) {
+      auto [host, command] = std::move(deliveries_.front());
+      deliveries_.pop_front();
+      if (host->alive) runCommand(*host, std::move(command));
+      continue;
+    }
+    Host* due = nullptr;
+    for (auto& h : hosts_) {
+      if (h->alive && h->next && *h->next <= now_) {
+        due = h.get();
+        break;
+      }
+    }
+    if (due == nullptr) return;
+    runCommand(*due, message("run"));
+  }
+  if (fault_.empty()) fault_ = "the device did not settle: the hosts keep handing work to each other";
+}
+
+void Device::lost(Host& host, const std::string& why) {
+  host.alive = false;
+  int status = 0;
+  std::string what = why;
+  if (host.pid > 0) {
+    pid_t done = 0;
+    for (int i = 0; i < 100 && (done = waitpid(host.pid, &status, WNOHANG)) == 0; ++i) usleep(10000);
+    if (done == 0) {
+      kill(host.pid, SIGKILL);
+      waitpid(host.pid, &status, 0);
+      what += " and was killed";
+    } else {
+      what = "crashed: " + describeStatus(status);
+    }
+    host.pid = -1;
+  }
+  for (auto it = centers_.begin(); it != centers_.end();) {
+    it = it->second == &host ? centers_.erase(it) : std::next(it);
+  }
+  note(host.name, "fault", what);
+  if (fault_.empty()) fault_ = host.name + " " + what;
+}
+
+std::optional<Value> Device::runCommand(Host& host, Value command) {
+  if (!host.alive) return std::nullopt;
+  Value::Dictionary fields = command.asDictionary();
+  fields["now"] = Value::integer(now_);
+  std::string op = fields["op"].asString();
+  if (!host.channel->send(Value::dictionary(fields))) {
+    lost(host, "stopped answering (socket closed)");
+    return std::nullopt;
+  }
+  for (;;) {
+    std::string why;
+    auto incoming = host.channel->receive(options_.hostTimeoutMs, &why);
+    if (!incoming) {
+      lost(host, why == "timed out"
+                     ? "did not finish '" + op + "' within " +
+                           std::to_string(options_.hostTimeoutMs / 1000) + " s of wall time"
+                     : "stopped answering during '" + op + "'");
+      return std::nullopt;
+    }
+    if (opOf(*incoming) == "done") {
+      const Value& next = (*incoming)["next"];
+      host.next = next.kind() == Value::Kind::kInteger ? std::optional<int64_t>(next.asInteger())
+                                                      : std::nullopt;
+      return incoming;
+    }
+    if (!handleReport(host, *incoming)) return std::nullopt;
+  }
+}
+
+bool Device::handleReport(Host& host, const Value& report) {
+  const std::string& op = opOf(report);
+  if (op == "event") {
+    note(host.name, report["kind"].asString(), report["details"].asString());
+  } else if (op == "post") {
+    onPost(report["name"].asString(), host.name);
+  } else if (op == "observe") {
+    host.observes.insert(report["name"].asString());
+  } else if (op == "state-set") {
+    const std::string& name = report["name"].asString();
+    states_[name] = static_cast<uint64_t>(report["state"].asInteger());
+    note(host.name, "state", name + " = " + std::to_string(states_[name]));
+  } else if (op == "state-get") {
+    auto state = static_cast<int64_t>(this->state(report["name"].asString()));
+    host.channel->send(message("reply", {{"state", Value::integer(state)}}));
+  } else if (op == "center-serve") {
+    centers_[report["center"].asString()] = &host;
+    note(host.name, "center", "serving " + report["center"].asString());
+  } else if (op == "center-stop") {
+    centers_.erase(report["center"].asString());
+  } else if (op == "center-send") {
+    const std::string& center = report["center"].asString();
+    const std::string& name = report["name"].asString();
+    bool wantReply = report["wantReply"].asBool();
+    note(host.name, "sent", name + " to " + center +
+                                (report["userInfo"].isNone() ? "" : " " + report["userInfo"].describe()));
+    auto server = centers_.find(center);
+    Value handle = message("center-handle", {{"center", Value::string(center)},
+                                             {"name", Value::string(name)},
+                                             {"userInfo", report["userInfo"]}});
+    if (!wantReply) {
+      if (server != centers_.end()) deliveries_.emplace_back(server->second, handle);
+      return true;
+    }
+    Value reply;
+    if (server != centers_.end() && server->second->alive) {
+      if (auto done = runCommand(*server->second, handle)) reply = (*done)["reply"];
+    }
+    note(host.name, "reply", name + " " + reply.describe());
+    host.channel->send(message("reply", {{"reply", reply}}));
+  } else if (op == "device-get") {
+    const std::string& key = report["key"].asString();
+    host.channel->send(message("reply", {{"value", key == "wifi" ? wifi_ : Value()}}));
+  } else {
+    note(host.name, "error", "unknown report '" + op + "'");
+  }
+  return host.alive;
+}
+
+}  // namespace kv::sim

@@ -1,0 +1,121 @@
+// The simulated device: it starts and stops host processes, owns what they
+// share (notify state, the messaging centre's routing, the file system root,
+// Wi-Fi, the clock), routes notifications and messages between them in a
+// deterministic order, and keeps the event log.
+#pragma once
+
+#include <sys/types.h>
+
+#include <deque>
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/value.h"
+#include "sim/common/wire.h"
+#include "sim/device/event_log.h"
+
+namespace kv::sim {
+
+using platform::Value;
+
+struct DeviceOptions {
+  bool ipad = false;
+  std::string version = "11.1";
+  std::string biometrics = "touchid";  // "none", "touchid", "faceid"
+  int identities = 1;
+  bool passcode = true;
+  std::string hostPath;     // the kavelin-host executable
+  std::string libraryPath;  // libkavelin.so; empty: hosts run without it
+  std::vector<std::string> privateLibraries;  // private-function libraries present
+  int hostTimeoutMs = 20000;                  // how long a host may take to answer
+};
+
+class Device {
+ public:
+  explicit Device(DeviceOptions options);
+  ~Device();
+  Device(const Device&) = delete;
+  Device& operator=(const Device&) = delete;
+
+  // The device's file-system root on this machine, and a device path in it.
+  const std::string& root() const { return root_; }
+  std::string realPath(const std::string& devicePath) const;
+
+  // Starts a host ("SpringBoard", "Preferences", "Camera", "InCallService",
+  // "app:BUNDLE-ID") and lets it settle; false with *error when it cannot.
+  bool start(const std::string& process, std::string* error);
+  bool running(const std::string& process) const;
+
+  // Performs an action inside a running host and lets the device settle.
+  bool action(const std::string& process, const std::string& name,
+              const std::vector<std::string>& args, const std::string& rest, Value* result,
+              std::string* error);
+
+  // A Darwin notification posted from outside the library's processes.
+  void post(const std::string& name, std::optional<uint64_t> state, const std::string& poster);
+
+  // Writes (or with a none value removes) one key of a preference domain
+  // file as the settings pane does.
+  void writePreference(const std::string& domain, const std::string& key, const Value& value);
+  Value readPreference(const std::string& domain, const std::string& key) const;
+
+  // Writes a property-list file at a device path.
+  bool writeFile(const std::string& devicePath, const Value& value);
+
+  // The network the device is associated with (none: Wi-Fi off).
+  void setWifi(const Value& network);
+
+  // Lets virtual time pass; due work runs in order.
+  void advance(double seconds);
+
+  // Seconds since the device started.
+  double elapsed() const { return static_cast<double>(now_ - kStart) / 1e9; }
+
+  EventLog& log() { return log_; }
+  void note(const std::string& process, const std::string& kind, const std::string& details);
+
+  // The first fatal fault (a host crashed or stopped answering), or "".
+  const std::string& fault() const { return fault_; }
+
+  // The state of a notification name as the device holds it.
+  uint64_t state(const std::string& name) const;
+
+  // The clock, in nanoseconds since the reference date: 2017-11-01 09:00:00 UTC.
+  static constexpr int64_t kStart = 531219600LL * 1000000000LL;
+
+ private:
+  struct Host {
+    std::string name;
+    std::string bundle;
+    pid_t pid = -1;
+    std::unique_ptr<Channel> channel;
+    std::optional<int64_t> next;  // its earliest queued work
+    std::set<std::string> observes;
+    bool alive = false;
+  };
+
+  std::optional<Value> runCommand(Host& host, Value command);
+  bool handleReport(Host& host, const Value& report);
+  void onPost(const std::string& name, const std::string& poster);
+  void settle();
+  void lost(Host& host, const std::string& why);
+  Value helloFor(const Host& host) const;
+  Host* find(const std::string& process);
+
+  DeviceOptions options_;
+  std::string root_;
+  int64_t now_ = kStart;
+  std::vector<std::unique_ptr<Host>> hosts_;
+  std::map<std::string, uint64_t> states_;
+  std::map<std::string, Host*> centers_;
+  std::deque<std::pair<Host*, Value>> deliveries_;
+  Value wifi_;
+  EventLog log_;
+  std::string fault_;
+};
+
+}  // namespace kv::sim

@@ -1,0 +1,403 @@
+// Runs scenarios against a simulated device.
+#include "sim/device/runner.h"
+
+#include <cmath>
+#include <functional>
+#include <memory>
+
+#include "sim/common/json.h"
+#include "sim/device/device.h"
+#include "sim/device/profiles.h"
+
+namespace kv::sim {
+
+namespace {
+
+constexpr const char* kDomain = "net.quorvan.kavelin";
+constexpr const char* kPrefsChanged = "net.quorvan.kavelin.prefsChanged";
+
+// ---- Actions: performed inside a host ----
+
+struct ActionSpec {
+  const char* process;  // where it is performed; "*" for any process
+  const char* name;
+  int minArgs;
+  int maxArgs;  // -1: any number
+  const char* usage;
+  const char* help;
+};
+
+const ActionSpec kActions[] = {
+    {"*", "send", 2, -1, "send TARGET SELECTOR [ARGS]",
+     "send any message: TARGET is a class name (class method) or shared:CLASS (its shared "
+     "instance); ARGS is a JSON array of the arguments"},
+    {"SpringBoard", "tap", 1, 1, "tap BUNDLE-ID", "tap the app's icon on the home screen"},
+    {"SpringBoard", "tap-folder", 1, 1, "tap-folder NAME", "tap a folder icon by display name"},
+    {"SpringBoard", "open-url", 1, 1, "open-url URL", "an URL open handled by SpringBoard"},
+    {"SpringBoard", "home", 0, 0, "home", "press the home button"},
+    {"SpringBoard", "lock", 0, 0, "lock", "press the lock button"},
+    {"SpringBoard", "unlock", 0, 0, "unlock",
+     "unlock with the device passcode (or a swipe without one)"},
+    {"SpringBoard", "prompt", 2, 2, "prompt passcode DIGITS | prompt button N",
+     "type digits into the Kavelin prompt's passcode field, or tap its button N "
+     "(0 Cancel, 1 Enter passcode)"},
+    {"Preferences", "open-pane", 1, 1, "open-pane ID",
+     "tap the settings row whose specifier id is ID"},
+    {"Camera", "image-well", 1, 1, "image-well tap", "tap the camera's last-photo thumbnail"},
+};
+
+const ActionSpec* actionSpec(const std::string& name) {
+  for (const auto& a : kActions) {
+    if (name == a.name) return &a;
+  }
+  return nullptr;
+}
+
+// ---- Predicates ----
+
+class Runner;
+using Evaluate = std::function<bool(Runner&, const Statement&, std::string* seen)>;
+
+struct PredicateSpec {
+  const char* name;
+  int minArgs;
+  int maxArgs;
+  const char* usage;
+  const char* help;
+  Evaluate evaluate;
+};
+
+const std::vector<PredicateSpec>& predicates();
+
+const PredicateSpec* predicateSpec(const std::string& name) {
+  for (const auto& p : predicates()) {
+    if (name == p.name) return &p;
+  }
+  return nullptr;
+}
+
+// Numbers compare by value (5 equals 5.0); everything else structurally.
+bool sameValue(const Value& a, const Value& b) {
+  bool numbers = (a.kind() == Value::Kind::kInteger || a.kind() == Value::Kind::kReal) &&
+                 (b.kind() == Value::Kind::kInteger || b.kind() == Value::Kind::kReal);
+  if (numbers) return a.asReal() == b.asReal();
+  if (a.kind() == Value::Kind::kArray && b.kind() == Value::Kind::kArray) {
+    if (a.asArray().size() != b.asArray().size()) return false;
+    for (size_t i = 0; i < a.asArray().size(); ++i) {
+      if (!sameValue(a.asArray()[i], b.asArray()[i])) return false;
+    }
+    return true;
+  }
+  if (a.kind() == Value::Kind::kDictionary && b.kind() == Value::Kind::kDictionary) {
+    if (a.asDictionary().size() != b.asDictionary().size()) return false;
+    for (const auto& [k, v] : a.asDictionary()) {
+      if (!sameValue(v, b[k])) return false;
+    }
+    return true;
+  }
+  return a == b;
+}
+
+std::string firstWord(const std::string& s) { return s.substr(0, s.find(' ')); }
+
+class Runner {
+ public:
+  explicit Runner(const RunOptions& options) : options_(options) {}
+
+  bool run(const Scenario& scenario) {
+    for (const auto& statement : scenario.statements) {
+      if (!options_.json) std::fprintf(options_.out, "  %s:%d  %s\n", scenario.file.c_str(),
+                                       statement.line, statement.text.c_str());
+      std::string failure;
+      bool ok = execute(statement, &failure);
+      if (ok && device_ && !device_->fault().empty()) {
+        ok = false;
+        failure = device_->fault();
+      }
+      flush();
+      if (!ok) {
+        finish();
+        std::fprintf(options_.out, "FAIL %s:%d: %s\n", scenario.file.c_str(), statement.line,
+                     failure.c_str());
+        return false;
+      }
+    }
+    finish();
+    std::fprintf(options_.out, "PASS %s\n", scenario.file.c_str());
+    return true;
+  }
+
+  Device& device() {
+    if (!device_) {
+      DeviceOptions o;
+      o.ipad = spec_.ipad;
+      o.version = spec_.version;
+      o.biometrics = spec_.biometrics == DeviceSpec::Biometrics::kNone     ? "none"
+                     : spec_.biometrics == DeviceSpec::Biometrics::kFaceId ? "faceid"
+                                                                            : "touchid";
+      o.identities = spec_.identities;
+      o.passcode = spec_.passcode;
+      o.hostPath = options_.hostPath;
+      o.libraryPath = options_.libraryPath;
+      device_ = std::make_unique<Device>(o);
+    }
+    return *device_;
+  }
+
+  bool anyRunning() const { return running_; }
+
+ private:
+  bool execute(const Statement& s, std::string* failure) {
+    using K = Statement::Kind;
+    switch (s.kind) {
+      case K::kDevice:
+        if (osProfile(s.device.version) == nullptr) {
+          *failure = "no iOS " + s.device.version + " profile (see kavelin-sim help)";
+          return false;
+        }
+        spec_ = s.device;
+        return true;
+      case K::kPrefs:
+      case K::kPrefsDelete:
+        device().writePreference(kDomain, s.key, s.kind == K::kPrefs ? s.value : Value());
+        if (running_) device().post(kPrefsChanged, std::nullopt, "settings pane");
+        return true;
+      case K::kWifi:
+        device().setWifi(Value::dictionary({{"bssid", Value::string(s.name)},
+                                            {"ssid", Value::string(s.ssid)}}));
+        return true;
+      case K::kWifiOff:
+        device().setWifi(Value());
+        return true;
+      case K::kNotify:
+        device().post(s.name, s.state, "outside");
+        return true;
+      case K::kFile:
+        if (!device().writeFile(s.key, s.value)) {
+          *failure = "could not write " + s.key;
+          return false;
+        }
+        return true;
+      case K::kStart:
+        for (const auto& p : s.processes) {
+          if (!device().start(p, failure)) return false;
+          running_ = true;
+        }
+        return true;
+      case K::kAction: {
+        Value result;
+        return device().action(s.process, s.action, s.args, s.rest, &result, failure);
+      }
+      case K::kFinger:
+      case K::kFace:
+        return device().action("SpringBoard", s.kind == K::kFinger ? "finger" : "face",
+                               {s.match ? "match" : "nomatch"}, "", nullptr, failure);
+      case K::kBiometric:
+        return device().action("SpringBoard", "biometric", {std::to_string(s.code)}, "", nullptr,
+                               failure);
+      case K::kAdvance:
+        device().advance(s.seconds);
+        return true;
+      case K::kMark:
+        device().log().mark();
+        return true;
+      case K::kExpect: {
+        const PredicateSpec* p = predicateSpec(s.predicate);
+        std::string seen;
+        bool holds = p != nullptr && p->evaluate(*this, s, &seen);
+        if (holds != s.negated) return true;
+        *failure = "expected " + std::string(s.negated ? "not " : "") + s.predicate +
+                   (s.predicateRest.empty() ? "" : " " + s.predicateRest) +
+                   (seen.empty() ? "" : "; " + seen);
+        return false;
+      }
+    }
+    *failure = "unknown statement";
+    return false;
+  }
+
+  void flush() {
+    if (!device_ || options_.json) return;
+    const auto& events = device_->log().events();
+    for (; printed_ < events.size(); ++printed_) {
+      std::fprintf(options_.out, "%s\n", EventLog::line(events[printed_]).c_str());
+    }
+  }
+
+  void finish() {
+    if (options_.json && device_) std::fprintf(options_.out, "%s\n", device_->log().json().c_str());
+  }
+
+  RunOptions options_;
+  DeviceSpec spec_;
+  std::unique_ptr<Device> device_;
+  bool running_ = false;
+  size_t printed_ = 0;
+};
+
+// The events of the current window whose kind is `kind`.
+std::vector<const Event*> windowOf(Runner& r, const std::string& kind) {
+  std::vector<const Event*> out;
+  for (const Event* e : r.device().log().window()) {
+    if (e->kind == kind) out.push_back(e);
+  }
+  return out;
+}
+
+bool postedHolds(Runner& r, const Statement& s, std::string* seen) {
+  const std::string& name = s.predicateArgs[0];
+  std::optional<uint64_t> state;
+  if (s.predicateArgs.size() == 3) state = std::stoull(s.predicateArgs[2], nullptr, 0);
+  std::string states;
+  for (const Event* e : windowOf(r, "posted")) {
+    if (firstWord(e->details) != name) continue;
+    if (!state) return true;
+    auto at = e->details.find(" state=");
+    uint64_t got = at == std::string::npos ? 0 : std::stoull(e->details.substr(at + 7));
+    if (got == *state) return true;
+    states += (states.empty() ? "" : ", ") + std::to_string(got);
+  }
+  *seen = states.empty() ? name + " was not posted in this window"
+                         : name + " was posted with state " + states;
+  return false;
+}
+
+bool sentHolds(Runner& r, const Statement& s, std::string* seen) {
+  for (const Event* e : windowOf(r, "sent")) {
+    if (e->process == s.predicateArgs[0] && firstWord(e->details) == s.predicateArgs[1]) return true;
+  }
+  *seen = s.predicateArgs[0] + " did not send " + s.predicateArgs[1] + " in this window";
+  return false;
+}
+
+bool logHolds(Runner& r, const Statement& s, std::string* seen) {
+  const std::string& text = s.predicateArgs[0];
+  for (const Event* e : r.device().log().window()) {
+    if ((e->process + " " + e->kind + " " + e->details).find(text) != std::string::npos) return true;
+  }
+  *seen = "no event of this window contains \"" + text + "\"";
+  return false;
+}
+
+bool prefHolds(Runner& r, const Statement& s, std::string* seen) {
+  const std::string& key = s.predicateArgs[0];
+  auto rest = s.predicateRest.substr(s.predicateRest.find(key) + key.size());
+  auto expected = parseJson(rest);
+  Value actual = r.device().readPreference(kDomain, key);
+  if (expected && sameValue(actual, *expected)) return true;
+  *seen = key + " is " + (actual.isNone() ? std::string("absent") : actual.describe());
+  return false;
+}
+
+bool needsFrameworks(Runner&, const Statement& s, std::string* seen) {
+  *seen = "'" + s.predicate + "' needs the simulated SpringBoard's frameworks";
+  return false;
+}
+
+const std::vector<PredicateSpec>& predicates() {
+  static const std::vector<PredicateSpec> kPredicates = {
+      {"posted", 1, 3, "posted NAME [state N]",
+       "NAME was posted in the current window (with that state)", postedHolds},
+      {"sent", 2, 2, "sent PROCESS NAME",
+       "PROCESS sent messaging-centre message NAME in the current window", sentHolds},
+      {"log", 1, 1, "log \"TEXT\"", "an event-log line of the current window contains TEXT",
+       logHolds},
+      {"pref", 2, -1, "pref KEY JSON",
+       "the preference domain holds that value now (pref KEY null: absent)", prefHolds},
+      {"front", 1, 1, "front BUNDLE-ID | front home", "that app is frontmost / the home screen shows",
+       needsFrameworks},
+      {"launched", 1, 1, "launched BUNDLE-ID", "that app was brought to front in the current window",
+       needsFrameworks},
+      {"prompt", 0, 2, "prompt [title \"TEXT\" | message \"TEXT\" | passcode-field]",
+       "a Kavelin prompt is visible (with that item line, message or passcode field)",
+       needsFrameworks},
+      {"locked", 0, 0, "locked", "the device is locked", needsFrameworks},
+  };
+  return kPredicates;
+}
+
+}  // namespace
+
+std::optional<ParseError> validateScenario(const Scenario& scenario) {
+  for (const auto& s : scenario.statements) {
+    auto fail = [&](std::string message) {
+      return ParseError{scenario.file, s.line, std::move(message)};
+    };
+    if (s.kind == Statement::Kind::kAction) {
+      const ActionSpec* a = actionSpec(s.action);
+      if (a == nullptr) return fail("unknown action '" + s.action + "' (see kavelin-sim help)");
+      int n = static_cast<int>(s.args.size());
+      if (n < a->minArgs || (a->maxArgs >= 0 && n > a->maxArgs)) {
+        return fail("expected " + std::string(a->usage));
+      }
+      if (std::string(a->process) != "*" && s.process != a->process) {
+        return fail("'" + s.action + "' is an action of " + a->process);
+      }
+    }
+    if (s.kind == Statement::Kind::kExpect) {
+      const PredicateSpec* p = predicateSpec(s.predicate);
+      if (p == nullptr) return fail("unknown predicate '" + s.predicate + "' (see kavelin-sim help)");
+      int n = static_cast<int>(s.predicateArgs.size());
+      if (n < p->minArgs || (p->maxArgs >= 0 && n > p->maxArgs)) {
+        return fail("expected " + std::string(p->usage));
+      }
+      if (s.predicate == "posted" && n != 1 &&
+          (n != 3 || s.predicateArgs[1] != "state" ||
+           s.predicateArgs[2].find_first_not_of("0123456789xabcdefABCDEF") != std::string::npos)) {
+        return fail("expected posted NAME [state N]");
+      }
+      if (s.predicate == "pref") {
+        const std::string& key = s.predicateArgs[0];
+        std::string why;
+        if (!parseJson(s.predicateRest.substr(s.predicateRest.find(key) + key.size()), &why)) {
+          return fail("expected pref KEY JSON: " + why);
+        }
+      }
+    }
+  }
+  return std::nullopt;
+}
+
+bool runScenario(const Scenario& scenario, const RunOptions& options) {
+  Runner runner(options);
+  return runner.run(scenario);
+}
+
+std::string helpText() {
+  std::string out =
+      "kavelin-sim: Kavelin on a simulated device\n\n"
+      "usage:\n"
+      "  kavelin-sim                      a short tour of a simulated iPhone\n"
+      "  kavelin-sim run [--json] FILE... run scenario files (exit 0 all held, 1 a failure,\n"
+      "                                   2 a file that could not be parsed)\n"
+      "  kavelin-sim help                 this text\n\n"
+      "statements (one a line; # starts a comment):\n"
+      "  device iphone|ipad ios VERSION [touchid|faceid|none] [identities N] "
+      "[passcode|no-passcode]\n"
+      "  prefs KEY JSON / prefs-delete KEY\n"
+      "  wifi BSSID [ssid NAME] / wifi off\n"
+      "  notify NAME [state N]\n"
+      "  file PATH JSON\n"
+      "  start PROCESS...        SpringBoard, Preferences, Camera, InCallService, app BUNDLE-ID\n"
+      "  PROCESS: ACTION [ARGS]  an action inside a running process (below)\n"
+      "  finger match|nomatch / face match|nomatch / biometric CODE\n"
+      "  advance SECONDS         virtual time passes (fractions allowed)\n"
+      "  mark                    start a new window for posted, launched, log and sent\n"
+      "  expect [not] PREDICATE\n\n"
+      "actions:\n";
+  for (const auto& a : kActions) {
+    out += "  " + std::string(a.process == std::string("*") ? "PROCESS" : a.process) + ": " +
+           a.usage + "\n      " + a.help + "\n";
+  }
+  out += "\npredicates:\n";
+  for (const auto& p : predicates()) out += "  " + std::string(p.usage) + "\n      " + p.help + "\n";
+  out += "\ndevice profiles (ios VERSION):\n ";
+  for (const auto& p : osProfiles()) out += " " + std::string(p.version);
+  out += "\n  iphone or ipad; touchid, faceid (iOS 11) or none\n";
+  out +=
+      "\nevery host also has the class SimProbe, a developer's tool for driving the platform's\n"
+      "services directly, e.g. 'SpringBoard: send SimProbe post: [\"some.name\"]'.\n";
+  return out;
+}
+
+}  // namespace kv::sim

@@ -1,0 +1,31 @@
+// Runs scenarios against a simulated device: each statement in order, the
+// timeline printed as it grows, the first failed expectation reported.
+#pragma once
+
+#include <cstdio>
+#include <optional>
+#include <string>
+
+#include "sim/device/scenario.h"
+
+namespace kv::sim {
+
+struct RunOptions {
+  std::string hostPath;     // the kavelin-host executable
+  std::string libraryPath;  // libkavelin.so
+  std::string privateLibraryDir;  // where the private-function libraries are
+  bool json = false;        // print the event log as JSON instead of a timeline
+  std::FILE* out = stdout;
+};
+
+// Checks what the parser leaves open: action and predicate words and their
+// arguments. Returns the first error, if any.
+std::optional<ParseError> validateScenario(const Scenario& scenario);
+
+// Runs one scenario; true iff every statement ran and every expectation held.
+bool runScenario(const Scenario& scenario, const RunOptions& options);
+
+// The help text: every statement, action, predicate and device profile.
+std::string helpText();
+
+}  // namespace kv::sim

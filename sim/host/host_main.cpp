@@ -1,0 +1,71 @@
+// kavelin-host: one process of the simulated device. It takes its profile
+// from the device, makes Foundation answer as that iOS process, defines the
+// simulated frameworks, loads the library so that its load-time constructor
+// runs, and then serves its main run loop on the device's clock.
+#include <dlfcn.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <string>
+
+#include "platform/foundation.h"
+#include "sim/host/actions.h"
+#include "sim/host/fs_redirect.h"
+#include "sim/host/link.h"
+#include "sim/host/profile.h"
+#include "sim/host/run_loop.h"
+
+namespace kv::sim::host {
+void defineMessagingCenter();
+void defineProbe();
+void announceImageAdded();
+}  // namespace kv::sim::host
+
+namespace {
+
+using kv::platform::Value;
+namespace host = kv::sim::host;
+
+// Start-up, in the order a device starts a process with an injected library.
+Value::Dictionary hello(const Value& command) {
+  host::setProfile(host::profileFrom(command));
+  const host::Profile& p = host::profile();
+  host::setProcessName(p.processName);
+  kv::sim::setDeviceRoot(p.root);
+  setenv("TZ", "UTC", 1);
+  host::setNowNanos(command["now"].asInteger());
+
+  kv::platform::AutoreleasePool pool;
+  host::applyProfile();
+  for (const auto& problem : host::installVirtualTime()) host::logEvent("error", "clock: " + problem);
+  host::defineMessagingCenter();
+  host::defineProbe();
+  for (const auto& path : p.privateLibraries) {
+    if (dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL) == nullptr) {
+      host::logEvent("error", std::string("private library: ") + dlerror());
+    }
+  }
+  if (!p.library.empty()) {
+    if (dlopen(p.library.c_str(), RTLD_NOW | RTLD_GLOBAL) == nullptr) {
+      host::logEvent("error", std::string("cannot load the library: ") + dlerror());
+      return {{"error", Value::string(std::string("cannot load the library: ") + dlerror())}};
+    }
+  }
+  host::logEvent("start", p.processName + " (" + p.bundleIdentifier + ") on iOS " + p.osVersion);
+  host::runDue();
+  return {};
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 2 || std::string(argv[1]).rfind("--fd=", 0) != 0) {
+    std::fprintf(stderr, "kavelin-host: started by kavelin-sim only (--fd=N)\n");
+    return 2;
+  }
+  host::attachToDevice(std::atoi(argv[1] + 5));
+  host::registerCoreCommands();
+  host::onCommand("hello", hello);
+  host::serve();
+  return 0;
+}

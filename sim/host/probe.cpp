@@ -1,0 +1,143 @@
+// SimProbe: a developer's tool class present in every simulated host, so
+// that scenarios can drive the platform's C functions directly ("send
+// SimProbe post: [...]") and see what another process makes of them.
+#include <csignal>
+
+#include "platform/foundation.h"
+#include "platform/functions.h"
+#include "platform/runtime.h"
+#include "sim/host/classes.h"
+#include "sim/host/link.h"
+#include "sim/host/run_loop.h"
+
+namespace kv::sim::host {
+
+using platform::Sel;
+using platform::send;
+using platform::Value;
+
+namespace {
+
+int tokenFor(id name) {
+  int token = -1;
+  notify_register_check(platform::toString(name).c_str(), &token);
+  return token;
+}
+
+void setPreference(id, SEL, id key, id value, id domain) {
+  CFPreferencesSetAppValue(platform::cf(key), value, platform::cf(domain));
+}
+BOOL synchronize(id, SEL, id domain) { return CFPreferencesAppSynchronize(platform::cf(domain)); }
+id preference(id, SEL, id key, id domain) {
+  id value = platform::ns(CFPreferencesCopyAppValue(platform::cf(key), platform::cf(domain)));
+  return value == nullptr ? nullptr : send<id>(value, Sel("autorelease"));
+}
+
+void setState(id, SEL, id state, id name) {
+  notify_set_state(tokenFor(name), static_cast<uint64_t>(platform::integerOf(state).value_or(0)));
+}
+id stateFor(id, SEL, id name) {
+  uint64_t state = 0;
+  notify_get_state(tokenFor(name), &state);
+  return platform::makeInteger(static_cast<int64_t>(state));
+}
+void post(id, SEL, id name) { notify_post(platform::toString(name).c_str()); }
+
+void observed(CFNotificationCenterRef, void*, CFNotificationName name, const void*, CFDictionaryRef) {
+  logEvent("probe", "observed " + platform::toString(platform::ns(name)));
+}
+void observe(id, SEL, id name) {
+  CFNotificationCenterAddObserver(CFNotificationCenterGetDarwinNotifyCenter(), nullptr, observed,
+                                  platform::cf(name), nullptr,
+                                  CFNotificationSuspensionBehaviorDeliverImmediately);
+}
+
+id center(id name) {
+  return platform::sendClass<id>(platform::classNamed("CPDistributedMessagingCenter"),
+                                 Sel("centerNamed:"), name);
+}
+void serveCenter(id cls, SEL, id centerName, id names) {
+  id c = center(centerName);
+  send<void>(c, Sel("runServerOnCurrentThread"));
+  for (const auto& n : platform::stringListOf(names).value_or(std::vector<std::string>{})) {
+    send<void>(c, Sel("registerForMessageName:target:selector:"), platform::makeString(n), cls,
+               platform::selector("handleMessageNamed:userInfo:"));
+  }
+}
+id handleMessage(id, SEL, id name, id userInfo) {
+  logEvent("probe", "handling " + platform::toString(name));
+  Value::Dictionary reply{{"name", Value::string(platform::toString(name))},
+                          {"process", Value::string(processName())}};
+  Value info = platform::valueOf(userInfo);
+  if (!info.isNone()) reply["userInfo"] = info;
+  return platform::makeObject(Value::dictionary(reply));
+}
+id sendMessage(id, SEL, id name, id centerName, id userInfo) {
+  return send<id>(center(centerName), Sel("sendMessageAndReceiveReplyName:userInfo:"), name, userInfo);
+}
+void sendOneWay(id, SEL, id name, id centerName, id userInfo) {
+  send<BOOL>(center(centerName), Sel("sendMessageName:userInfo:"), name, userInfo);
+}
+
+void fired(id, SEL, id tag) { logEvent("probe", "fired " + platform::toString(tag)); }
+void performLater(id cls, SEL, id tag, id delay) {
+  send<void>(cls, Sel("performSelector:withObject:afterDelay:"), platform::selector("fired:"), tag,
+             platform::realOf(delay).value_or(0));
+}
+void cancelLater(id cls, SEL, id tag) {
+  send<void>(cls, Sel("cancelPreviousPerformRequestsWithTarget:selector:object:"), cls,
+             platform::selector("fired:"), tag);
+}
+void dispatchLater(id, SEL, id tag, id delay) {
+  std::string t = platform::toString(tag);
+  double seconds = platform::realOf(delay).value_or(0);
+  dispatch_after(dispatch_time(DISPATCH_TIME_NOW, static_cast<int64_t>(seconds * 1e9)),
+                 dispatch_get_main_queue(), ^{
+                   logEvent("probe", "dispatched " + t);
+                 });
+}
+void timerFired(id, SEL, id timer) {
+  logEvent("probe", "timer " + platform::toString(send<id>(timer, Sel("userInfo"))));
+}
+id startTimer(id cls, SEL, id tag, id interval, id repeats) {
+  return platform::sendClass<id>(
+      platform::classNamed("NSTimer"),
+      Sel("scheduledTimerWithTimeInterval:target:selector:userInfo:repeats:"),
+      platform::realOf(interval).value_or(1), cls, platform::selector("timerFired:"), tag,
+      static_cast<BOOL>(platform::boolOf(repeats).value_or(false)));
+}
+id clock(id, SEL) {
+  id date = platform::sendClass<id>(platform::classNamed("NSDate"), Sel("date"));
+  return platform::makeObject(Value::dictionary(
+      {{"absolute", Value::real(CFAbsoluteTimeGetCurrent())},
+       {"date", Value::real(send<double>(date, Sel("timeIntervalSinceReferenceDate")))}}));
+}
+void crash(id, SEL) { std::raise(SIGSEGV); }
+
+}  // namespace
+
+void defineProbe() {
+  ClassBuilder("SimProbe", "NSObject")
+      .classMethod("setPreference:value:domain:", imp(setPreference), "v@:@@@")
+      .classMethod("synchronize:", imp(synchronize), "C@:@")
+      .classMethod("preference:domain:", imp(preference), "@@:@@")
+      .classMethod("setState:forName:", imp(setState), "v@:@@")
+      .classMethod("stateForName:", imp(stateFor), "@@:@")
+      .classMethod("post:", imp(post), "v@:@")
+      .classMethod("observe:", imp(observe), "v@:@")
+      .classMethod("serve:names:", imp(serveCenter), "v@:@@")
+      .classMethod("handleMessageNamed:userInfo:", imp(handleMessage), "@@:@@")
+      .classMethod("sendMessage:center:userInfo:", imp(sendMessage), "@@:@@@")
+      .classMethod("sendOneWay:center:userInfo:", imp(sendOneWay), "v@:@@@")
+      .classMethod("fired:", imp(fired), "v@:@")
+      .classMethod("performLater:delay:", imp(performLater), "v@:@@")
+      .classMethod("cancelLater:", imp(cancelLater), "v@:@")
+      .classMethod("dispatchLater:delay:", imp(dispatchLater), "v@:@@")
+      .classMethod("timerFired:", imp(timerFired), "v@:@")
+      .classMethod("startTimer:interval:repeats:", imp(startTimer), "@@:@@@")
+      .classMethod("clock", imp(clock), "@@:")
+      .classMethod("crash", imp(crash), "v@:")
+      .build();
+}
+
+}  // namespace kv::sim::host
