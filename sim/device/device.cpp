@@ -13,6 +13,7 @@
 #include <cmath>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 
 #include "sim/common/device_paths.h"
 #include "sim/common/plist.h"
@@ -27,7 +28,7 @@ namespace {
 constexpr int kMaxSettleSteps = 100000;
 
 // The folders every device has.
-const char* const kDeviceFolders[] = {
+const char* const kStandardFolders[] = {
     "/var/mobile/Library/Preferences",
     "/var/mobile/Library/Logs",
     "/private/var/tmp",
@@ -58,9 +59,24 @@ Device::Device(DeviceOptions options) : options_(std::move(options)) {
   char pattern[] = "/tmp/kavelin-sim-XXXXXX";
   const char* made = mkdtemp(pattern);
   root_ = made != nullptr ? std::string(made) + "/root" : "/tmp/kavelin-sim-root";
-  for (const char* folder : kDeviceFolders) {
+  layOut();
+}
+
+void Device::configure(const DeviceOptions& options) {
+  options_ = options;
+  layOut();
+}
+
+// The device's folders, its settings bundle and other extensions' libraries.
+void Device::layOut() {
+  for (const char* folder : kStandardFolders) {
     std::error_code ec;
     std::filesystem::create_directories(realPath(folder), ec);
+  }
+  installSettingsBundle(root_, options_.settingsBundle);
+  for (const auto& extension : options_.extensions) {
+    std::ofstream(realPath("/Library/MobileSubstrate/DynamicLibraries/" + extension + ".dylib"))
+        << "extension library " << extension << "\n";
   }
 }
 
@@ -339,6 +355,16 @@ void Device::lost(Host& host, const std::string& why) {
   for (auto it = centers_.begin(); it != centers_.end();) {
     it = it->second == &host ? centers_.erase(it) : std::next(it);
   }
+  // What the host said last on its error output (a sanitizer's report, an
+  // uncaught exception) goes with the fault.
+  std::ifstream err(std::filesystem::path(root_).parent_path() / (host.name + ".stderr"));
+  std::string line, said;
+  while (std::getline(err, line)) {
+    if (line.find("ERROR:") != std::string::npos || line.find("exception") != std::string::npos) {
+      said = line;
+    }
+  }
+  if (!said.empty()) what += " [" + said + "]";
   note(host.name, "fault", what);
   if (fault_.empty()) fault_ = host.name + " " + what;
 }

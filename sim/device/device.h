@@ -17,6 +17,7 @@
 #include "platform/value.h"
 #include "sim/common/wire.h"
 #include "sim/device/event_log.h"
+#include "sim/device/settings_bundle.h"
 
 namespace kv::sim {
 
@@ -31,7 +32,9 @@ struct DeviceOptions {
   std::string hostPath;     // the kavelin-host executable
   std::string libraryPath;  // libkavelin.so; empty: hosts run without it
   std::vector<std::string> privateLibraries;  // private-function libraries present
-  int hostTimeoutMs = 20000;                  // how long a host may take to answer
+  std::vector<std::string> extensions;  // other extensions installed (their library files)
+  BundlePlace settingsBundle = BundlePlace::kLibrary;
+  int hostTimeoutMs = 20000;            // how long a host may take to answer
 };
 
 class Device {
@@ -40,6 +43,10 @@ class Device {
   ~Device();
   Device(const Device&) = delete;
   Device& operator=(const Device&) = delete;
+
+  // Describes the device anew; only before the first host starts.
+  void configure(const DeviceOptions& options);
+  const DeviceOptions& options() const { return options_; }
 
   // The device's file-system root on this machine, and a device path in it.
   const std::string& root() const { return root_; }
@@ -105,6 +112,7 @@ class Device {
   void lost(Host& host, const std::string& why);
   Value helloFor(const Host& host) const;
   Host* find(const std::string& process);
+  void layOut();
 
   DeviceOptions options_;
   std::string root_;

@@ -1,6 +1,7 @@
 // Runs scenarios against a simulated device.
 #include "sim/device/runner.h"
 
+#include <algorithm>
 #include <cmath>
 #include <functional>
 #include <memory>
@@ -15,6 +16,12 @@ namespace {
 
 constexpr const char* kDomain = "net.quorvan.kavelin";
 constexpr const char* kPrefsChanged = "net.quorvan.kavelin.prefsChanged";
+
+// The platform's private functions the library looks up by name; each is on
+// the device unless a scenario says it is missing.
+constexpr const char* kPrivateFunctions[] = {"WiFiNetworkGetProperty", "WiFiNetworkCopyPassword",
+                                             "FigVibratorInitialize",
+                                             "FigVibratorPlayVibrationWithDictionary"};
 
 // ---- Actions: performed inside a host ----
 
@@ -31,6 +38,9 @@ const ActionSpec kActions[] = {
     {"*", "send", 2, -1, "send TARGET SELECTOR [ARGS]",
      "send any message: TARGET is a class name (class method) or shared:CLASS (its shared "
      "instance); ARGS is a JSON array of the arguments"},
+    {"*", "load-image", 1, 1, "load-image NAME",
+     "a library loads after start-up (another extension's, a late platform bundle): its classes "
+     "appear, then the image-added callbacks run"},
     {"SpringBoard", "tap", 1, 1, "tap BUNDLE-ID", "tap the app's icon on the home screen"},
     {"SpringBoard", "tap-folder", 1, 1, "tap-folder NAME", "tap a folder icon by display name"},
     {"SpringBoard", "open-url", 1, 1, "open-url URL", "an URL open handled by SpringBoard"},
@@ -127,8 +137,8 @@ class Runner {
     return true;
   }
 
-  Device& device() {
-    if (!device_) {
+  // The device as the statements so far describe it.
+  DeviceOptions deviceOptions() const {
       DeviceOptions o;
       o.ipad = spec_.ipad;
       o.version = spec_.version;
@@ -139,9 +149,27 @@ class Runner {
       o.passcode = spec_.passcode;
       o.hostPath = options_.hostPath;
       o.libraryPath = options_.libraryPath;
-      device_ = std::make_unique<Device>(o);
-    }
+      o.hostTimeoutMs = options_.hostTimeoutMs;
+      o.settingsBundle = bundle_;
+      o.extensions = extensions_;
+      for (const char* fn : kPrivateFunctions) {
+        if (std::find(missing_.begin(), missing_.end(), fn) == missing_.end()) {
+          o.privateLibraries.push_back(options_.privateLibraryDir + "/libprivate-" + fn + ".so");
+        }
+      }
+      return o;
+  }
+
+  Device& device() {
+    if (!device_) device_ = std::make_unique<Device>(deviceOptions());
     return *device_;
+  }
+
+  // Applies a statement that describes the device (before the first start).
+  bool describe(std::string* failure) {
+    if (device_) device_->configure(deviceOptions());
+    (void)failure;
+    return true;
   }
 
   bool anyRunning() const { return running_; }
@@ -156,7 +184,26 @@ class Runner {
           return false;
         }
         spec_ = s.device;
-        return true;
+        return describe(failure);
+      case K::kMissing:
+        for (const auto& fn : s.names) {
+          if (std::find(std::begin(kPrivateFunctions), std::end(kPrivateFunctions), fn) ==
+              std::end(kPrivateFunctions)) {
+            *failure = "no private function " + fn + " on this device";
+            return false;
+          }
+          missing_.push_back(fn);
+        }
+        return describe(failure);
+      case K::kBundle:
+        bundle_ = s.names[0] == "none"        ? BundlePlace::kNone
+                  : s.names[0] == "bootstrap" ? BundlePlace::kBootstrap
+                  : s.names[0] == "both"      ? BundlePlace::kBoth
+                                              : BundlePlace::kLibrary;
+        return describe(failure);
+      case K::kExtension:
+        extensions_.insert(extensions_.end(), s.names.begin(), s.names.end());
+        return describe(failure);
       case K::kPrefs:
       case K::kPrefsDelete:
         device().writePreference(kDomain, s.key, s.kind == K::kPrefs ? s.value : Value());
@@ -230,6 +277,9 @@ class Runner {
 
   RunOptions options_;
   DeviceSpec spec_;
+  std::vector<std::string> missing_;
+  std::vector<std::string> extensions_;
+  BundlePlace bundle_ = BundlePlace::kLibrary;
   std::unique_ptr<Device> device_;
   bool running_ = false;
   size_t printed_ = 0;
@@ -368,8 +418,10 @@ std::string helpText() {
       "kavelin-sim: Kavelin on a simulated device\n\n"
       "usage:\n"
       "  kavelin-sim                      a short tour of a simulated iPhone\n"
-      "  kavelin-sim run [--json] FILE... run scenario files (exit 0 all held, 1 a failure,\n"
-      "                                   2 a file that could not be parsed)\n"
+      "  kavelin-sim run [--json] [--host-timeout SECONDS] FILE...\n"
+      "                                   run scenario files (exit 0 all held, 1 a failure,\n"
+      "                                   2 a file that could not be parsed); a host that takes\n"
+      "                                   longer than the time-out (20 s) for one step fails\n"
       "  kavelin-sim help                 this text\n\n"
       "statements (one a line; # starts a comment):\n"
       "  device iphone|ipad ios VERSION [touchid|faceid|none] [identities N] "
@@ -381,6 +433,11 @@ std::string helpText() {
       "  start PROCESS...        SpringBoard, Preferences, Camera, InCallService, app BUNDLE-ID\n"
       "  PROCESS: ACTION [ARGS]  an action inside a running process (below)\n"
       "  finger match|nomatch / face match|nomatch / biometric CODE\n"
+      "  missing FUNCTION...     leave private functions off the device (before start):\n"
+      "                          WiFiNetworkGetProperty WiFiNetworkCopyPassword\n"
+      "                          FigVibratorInitialize FigVibratorPlayVibrationWithDictionary\n"
+      "  bundle none|library|bootstrap|both   where the settings bundle is (default library)\n"
+      "  extension NAME...       install another extension's library (its .dylib file)\n"
       "  advance SECONDS         virtual time passes (fractions allowed)\n"
       "  mark                    start a new window for posted, launched, log and sent\n"
       "  expect [not] PREDICATE\n\n"

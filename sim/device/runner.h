@@ -15,6 +15,7 @@ struct RunOptions {
   std::string libraryPath;  // libkavelin.so
   std::string privateLibraryDir;  // where the private-function libraries are
   bool json = false;        // print the event log as JSON instead of a timeline
+  int hostTimeoutMs = 20000;  // wall time a host may take for one command
   std::FILE* out = stdout;
 };
 

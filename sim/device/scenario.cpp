@@ -1,6 +1,8 @@
 // Scenario files: reading each line into a statement and checking its syntax.
 #include "sim/device/scenario.h"
 
+#include <algorithm>
+
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -328,6 +330,21 @@ std::string parseAdvance(const Verb& verb, const Line& line, Statement& st, Cont
   return {};
 }
 
+// Reads the words of a statement that describes the device before it starts.
+std::string parseDeviceWords(const Verb& verb, const Line& line, Statement& st, Context& ctx) {
+  if (ctx.started) return std::string(verb.word) + " must come before the first start";
+  size_t most = verb.kind == Kind::kBundle ? 1 : SIZE_MAX;
+  if (std::string error = arity(verb, line, 1, most); !error.empty()) return error;
+  for (size_t i = 1; i < line.size(); ++i) st.names.push_back(line.word(i));
+  if (verb.kind == Kind::kBundle) {
+    static const std::string kPlaces[] = {"none", "library", "bootstrap", "both"};
+    if (std::find(std::begin(kPlaces), std::end(kPlaces), st.names[0]) == std::end(kPlaces)) {
+      return usageError(verb, "unknown place '" + st.names[0] + "'");
+    }
+  }
+  return {};
+}
+
 std::string parseMark(const Verb& verb, const Line& line, Statement&, Context&) {
   return arity(verb, line, 0, 0);
 }
@@ -361,6 +378,9 @@ constexpr Verb kVerbs[] = {
     {"advance", Kind::kAdvance, "advance SECONDS", parseAdvance},
     {"mark", Kind::kMark, "mark", parseMark},
     {"expect", Kind::kExpect, "expect [not] PREDICATE [ARGS]", parseExpect},
+    {"missing", Kind::kMissing, "missing FUNCTION...", parseDeviceWords},
+    {"bundle", Kind::kBundle, "bundle none|library|bootstrap|both", parseDeviceWords},
+    {"extension", Kind::kExtension, "extension NAME...", parseDeviceWords},
 };
 
 // Parses `PROCESS: ACTION [ARGS]`, whose first word ends with a colon.

@@ -40,6 +40,7 @@ struct Statement {
     kAdvance,
     kMark,
     kExpect,
+    kMissing, kBundle, kExtension,
   };
   Kind kind = Kind::kMark;
   int line = 0;      // 1-based
@@ -53,6 +54,11 @@ struct Statement {
   std::string name;               // kNotify: the notification; kWifi: the BSSID
   std::optional<uint64_t> state;  // kNotify
   std::string ssid;               // kWifi, empty when not given
+
+  // kMissing: private functions left off the device; kExtension: other extensions whose
+  // libraries are installed; kBundle: where the settings bundle is (name: none, library,
+  // bootstrap or both). All three describe the device, before the first start.
+  std::vector<std::string> names;
 
   // kStart: "SpringBoard", "Preferences", "Camera", "InCallService" or "app:BUNDLE-ID".
   std::vector<std::string> processes;

@@ -5,6 +5,8 @@
 
 #include "sim/host/fs_redirect.h"
 
+#include "sim/common/device_paths.h"
+
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -55,23 +57,6 @@ std::string_view currentRoot() {
   return std::string_view(rootBuffer, rootLength.load(std::memory_order_acquire));
 }
 
-struct Folder {
-  std::string_view device;  // the folder as the device names it
-  std::string_view real;    // where it lives under the root
-};
-
-// The device's top-level folders; /var and /tmp follow the device's links into /private/var.
-constexpr Folder kFolders[] = {
-    {"/var", "/private/var"}, {"/tmp", "/private/var/tmp"}, {"/private", "/private"},
-    {"/Library", "/Library"}, {"/bootstrap", "/bootstrap"}, {"/System/Library", "/System/Library"},
-};
-
-// True iff `path` is `prefix` or lies below it, comparing whole components.
-bool isUnder(std::string_view path, std::string_view prefix) {
-  return path.substr(0, prefix.size()) == prefix &&
-         (path.size() == prefix.size() || path[prefix.size()] == '/');
-}
-
 // A redirected path in three parts: root + folder + rest.
 struct Redirected {
   std::string_view root;
@@ -91,9 +76,9 @@ bool redirect(const char* path, Redirected* out) {
     path += path[1] == '/' ? 1 : 2;
   }
   std::string_view clean(path);
-  if (isUnder(clean, root)) return false;
-  for (const Folder& folder : kFolders) {
-    if (isUnder(clean, folder.device)) {
+  if (isUnderFolder(clean, root)) return false;
+  for (const DeviceFolder& folder : kDeviceFolders) {
+    if (isUnderFolder(clean, folder.device)) {
       *out = Redirected{root, folder.real, clean.substr(folder.device.size())};
       return true;
     }

@@ -18,7 +18,7 @@
 namespace kv::sim::host {
 void defineMessagingCenter();
 void defineProbe();
-void announceImageAdded();
+void registerImageActions();
 }  // namespace kv::sim::host
 
 namespace {
@@ -65,6 +65,7 @@ int main(int argc, char** argv) {
   }
   host::attachToDevice(std::atoi(argv[1] + 5));
   host::registerCoreCommands();
+  host::registerImageActions();
   host::onCommand("hello", hello);
   host::serve();
   return 0;

@@ -1,6 +1,8 @@
 // SimProbe: a developer's tool class present in every simulated host, so
 // that scenarios can drive the platform's C functions directly ("send
 // SimProbe post: [...]") and see what another process makes of them.
+#include <dlfcn.h>
+
 #include <csignal>
 
 #include "platform/foundation.h"
@@ -113,6 +115,32 @@ id clock(id, SEL) {
        {"date", Value::real(send<double>(date, Sel("timeIntervalSinceReferenceDate")))}}));
 }
 void crash(id, SEL) { std::raise(SIGSEGV); }
+void hang(id, SEL) {
+  for (volatile bool forever = true; forever;) {
+  }
+}
+
+void imageAdded(const struct mach_header*, intptr_t) {
+  logEvent("probe", std::string("image callback; SimTestImageClass ") +
+                        (platform::classNamed("SimTestImageClass") ? "present" : "absent"));
+}
+void watchImages(id, SEL) { _dyld_register_func_for_add_image(imageAdded); }
+
+id fileExists(id, SEL, id path) {
+  id manager = platform::sendClass<id>(platform::classNamed("NSFileManager"), Sel("defaultManager"));
+  return platform::makeBool(send<BOOL>(manager, Sel("fileExistsAtPath:"), path) != 0);
+}
+id localizedString(id, SEL, id key, id bundlePath) {
+  id bundle = platform::sendClass<id>(platform::classNamed("NSBundle"), Sel("bundleWithPath:"),
+                                      bundlePath);
+  return send<id>(bundle, Sel("localizedStringForKey:value:table:"), key,
+                  platform::makeString("(default)"), id{nullptr});
+}
+
+void lookUp(id, SEL, id name) {
+  void* symbol = dlsym(RTLD_DEFAULT, platform::toString(name).c_str());
+  logEvent("probe", platform::toString(name) + (symbol ? " found" : " absent"));
+}
 
 }  // namespace
 
@@ -137,6 +165,11 @@ void defineProbe() {
       .classMethod("startTimer:interval:repeats:", imp(startTimer), "@@:@@@")
       .classMethod("clock", imp(clock), "@@:")
       .classMethod("crash", imp(crash), "v@:")
+      .classMethod("hang", imp(hang), "v@:")
+      .classMethod("watchImages", imp(watchImages), "v@:")
+      .classMethod("lookUp:", imp(lookUp), "v@:@")
+      .classMethod("fileExists:", imp(fileExists), "@@:@")
+      .classMethod("localizedString:bundle:", imp(localizedString), "@@:@@")
       .build();
 }
 

@@ -3,6 +3,7 @@
 //   kavelin-sim run [--json] FILE... scenarios (exit 0 all held, 1 a failure, 2 unparsable)
 //   kavelin-sim help                 statements, actions, predicates, profiles
 #include <cstdio>
+#include <cstdlib>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -17,6 +18,7 @@ kv::sim::RunOptions defaultOptions() {
   kv::sim::RunOptions options;
   options.hostPath = KAVELIN_HOST_PATH;
   options.libraryPath = KAVELIN_LIBRARY_PATH;
+  options.privateLibraryDir = KAVELIN_PRIVATE_DIR;
   return options;
 }
 
@@ -38,9 +40,20 @@ bool load(const std::string& text, const std::string& file, kv::sim::Scenario* o
 int run(const std::vector<std::string>& args) {
   kv::sim::RunOptions options = defaultOptions();
   std::vector<kv::sim::Scenario> scenarios;
-  for (const auto& arg : args) {
+  for (size_t i = 0; i < args.size(); ++i) {
+    const std::string& arg = args[i];
     if (arg == "--json") {
       options.json = true;
+      continue;
+    }
+    if (arg == "--host-timeout") {
+      double seconds = i + 1 < args.size() ? std::atof(args[i + 1].c_str()) : 0;
+      if (seconds <= 0) {
+        std::fprintf(stderr, "kavelin-sim run: --host-timeout needs a number of seconds\n");
+        return 2;
+      }
+      options.hostTimeoutMs = static_cast<int>(seconds * 1000);
+      ++i;
       continue;
     }
     std::ifstream in(arg);
