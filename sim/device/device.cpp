@@ -244,6 +244,28 @@ bool Device::action(const std::string& process, const std::string& name,
   return true;
 }
 
+std::optional<Value> Device::query(const std::string& process, const std::string& name,
+                                   const std::vector<std::string>& args, std::string* error) {
+  Host* h = find(process);
+  if (h == nullptr) {
+    *error = process + " is not running";
+    return std::nullopt;
+  }
+  Value::Array words;
+  for (const auto& a : args) words.push_back(Value::string(a));
+  auto done = runCommand(*h, message("query", {{"query", Value::string(name)},
+                                               {"args", Value::array(words)}}));
+  if (!done) {
+    *error = fault_;
+    return std::nullopt;
+  }
+  if (!(*done)["error"].isNone()) {
+    *error = (*done)["error"].asString();
+    return std::nullopt;
+  }
+  return (*done)["answer"];
+}
+
 void Device::post(const std::string& name, std::optional<uint64_t> state,
                   const std::string& poster) {
   if (state) states_[name] = *state;

@@ -62,6 +62,11 @@ class Device {
               const std::vector<std::string>& args, const std::string& rest, Value* result,
               std::string* error);
 
+  // Asks a running host a question about its state; nullopt with *error when
+  // the host is not running or cannot answer.
+  std::optional<Value> query(const std::string& process, const std::string& name,
+                             const std::vector<std::string>& args, std::string* error);
+
   // A Darwin notification posted from outside the library's processes.
   void post(const std::string& name, std::optional<uint64_t> state, const std::string& poster);
 

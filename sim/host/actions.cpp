@@ -26,6 +26,24 @@ std::map<std::string, Action>& actions() {
   return *table;
 }
 
+std::map<std::string, Query>& queries() {
+  static auto* table = new std::map<std::string, Query>();
+  return *table;
+}
+
+// Answers a query without running anything: the state as it stands.
+Value::Dictionary runQuery(const Value& command) {
+  const std::string& name = command["query"].asString();
+  auto it = queries().find(name);
+  if (it == queries().end()) {
+    return {{"error", Value::string("no query " + name + " in " + processName())}};
+  }
+  std::vector<std::string> args;
+  for (const auto& a : command["args"].asArray()) args.push_back(a.asString());
+  platform::AutoreleasePool pool;
+  return {{"answer", it->second(args)}};
+}
+
 // Skips type qualifiers (const, in, out, ...) of an encoding.
 const char* bareType(const char* type) {
   while (type != nullptr && *type != '\0' && std::strchr("rnNoORV", *type) != nullptr) ++type;
@@ -195,6 +213,8 @@ Value::Dictionary runAction(const Value& command) {
 
 void registerAction(const std::string& name, Action action) { actions()[name] = std::move(action); }
 
+void registerQuery(const std::string& name, Query query) { queries()[name] = std::move(query); }
+
 void registerCoreCommands() {
   onCommand("run", [](const Value&) {
     runDue();
@@ -206,6 +226,7 @@ void registerCoreCommands() {
     return Value::Dictionary{};
   });
   onCommand("action", runAction);
+  onCommand("query", runQuery);
   registerAction("send", sendAction);
 }
 

@@ -22,6 +22,12 @@ using Action = std::function<platform::Value(const ActionRequest&, std::string* 
 // Registers an action under its name.
 void registerAction(const std::string& name, Action action);
 
+// Answers a question a scenario asks of a host ("front", "locked", ...).
+using Query = std::function<platform::Value(const std::vector<std::string>& args)>;
+
+// Registers a query under its name.
+void registerQuery(const std::string& name, Query query);
+
 // Registers the "action" and "run"/"deliver" commands and the core actions.
 void registerCoreCommands();
 

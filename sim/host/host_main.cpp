@@ -9,6 +9,7 @@
 #include <string>
 
 #include "platform/foundation.h"
+#include "sim/frameworks/frameworks.h"
 #include "sim/host/actions.h"
 #include "sim/host/fs_redirect.h"
 #include "sim/host/link.h"
@@ -40,6 +41,7 @@ Value::Dictionary hello(const Value& command) {
   for (const auto& problem : host::installVirtualTime()) host::logEvent("error", "clock: " + problem);
   host::defineMessagingCenter();
   host::defineProbe();
+  kv::sim::frameworks::defineFrameworks();
   for (const auto& path : p.privateLibraries) {
     if (dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL) == nullptr) {
       host::logEvent("error", std::string("private library: ") + dlerror());
@@ -52,6 +54,7 @@ Value::Dictionary hello(const Value& command) {
     }
   }
   host::logEvent("start", p.processName + " (" + p.bundleIdentifier + ") on iOS " + p.osVersion);
+  kv::sim::frameworks::startProcess();
   host::runDue();
   return {};
 }

@@ -1,0 +1,34 @@
+// The simulated iOS frameworks of a host process.
+#include "sim/frameworks/frameworks.h"
+
+#include "sim/frameworks/system.h"
+
+namespace kv::sim::frameworks {
+
+// Behaviour modules, each defining the classes it models (those of its
+// frameworks that the library depends on), in the order a process links them.
+void defineUIKit();
+void defineAlertViews();
+void definePassKit();
+void definePasscodeField();
+void defineSpringBoard();
+// The catalog: every other class and method of the platform that the library
+// names, as calls that are recorded and answer zero.
+void defineCatalog();
+
+void startSpringBoard();
+
+void defineFrameworks() {
+  defineUIKit();
+  defineAlertViews();
+  definePassKit();
+  definePasscodeField();
+  if (inProcess("SpringBoard")) defineSpringBoard();
+  defineCatalog();
+}
+
+void startProcess() {
+  if (inProcess("SpringBoard")) startSpringBoard();
+}
+
+}  // namespace kv::sim::frameworks

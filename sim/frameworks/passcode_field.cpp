@@ -1,0 +1,4 @@
+// Placeholder until this module lands.
+namespace kv::sim::frameworks {
+void definePasscodeField() {}
+}  // namespace kv::sim::frameworks
