@@ -315,6 +315,10 @@ bool Device::writeFile(const std::string& devicePath, const Value& value) {
 void Device::setWifi(const Value& network) {
   wifi_ = network;
   note("device", "wifi", network.isNone() ? "off" : network.describe());
+  for (auto& h : hosts_) {
+    if (h->alive) deliveries_.emplace_back(h.get(), message("wifi", {{"network", network}}));
+  }
+  settle();
 }
 
 void Device::advance(double seconds) {

@@ -51,6 +51,7 @@ const ActionSpec kActions[] = {
     {"SpringBoard", "prompt", 2, 2, "prompt passcode DIGITS | prompt button N",
      "type digits into the Kavelin prompt's passcode field, or tap its button N "
      "(0 Cancel, 1 Enter passcode)"},
+    {"*", "alert", 2, 2, "alert button N", "tap button N of the topmost alert of any kind"},
     {"Preferences", "open-pane", 1, 1, "open-pane ID",
      "tap the settings row whose specifier id is ID"},
     {"Camera", "image-well", 1, 1, "image-well tap", "tap the camera's last-photo thumbnail"},
@@ -339,9 +340,61 @@ bool prefHolds(Runner& r, const Statement& s, std::string* seen) {
   return false;
 }
 
-bool needsFrameworks(Runner&, const Statement& s, std::string* seen) {
-  *seen = "'" + s.predicate + "' needs the simulated SpringBoard's frameworks";
+// Asks SpringBoard; a failure to answer is what was seen.
+std::optional<Value> askSpringBoard(Runner& r, const char* query, std::string* seen) {
+  std::string error;
+  auto answer = r.device().query("SpringBoard", query, {}, &error);
+  if (!answer) *seen = error;
+  return answer;
+}
+
+bool frontHolds(Runner& r, const Statement& s, std::string* seen) {
+  auto front = askSpringBoard(r, "front", seen);
+  if (!front) return false;
+  if (front->asString() == s.predicateArgs[0]) return true;
+  *seen = "in front: " + front->asString();
   return false;
+}
+
+bool launchedHolds(Runner& r, const Statement& s, std::string* seen) {
+  std::string fronts;
+  for (const Event* e : windowOf(r, "front")) {
+    if (e->details == s.predicateArgs[0]) return true;
+    fronts += (fronts.empty() ? "" : ", ") + e->details;
+  }
+  *seen = fronts.empty() ? "nothing came to the front in this window"
+                         : "came to the front: " + fronts;
+  return false;
+}
+
+bool lockedHolds(Runner& r, const Statement&, std::string* seen) {
+  auto locked = askSpringBoard(r, "locked", seen);
+  if (!locked) return false;
+  *seen = locked->asBool() ? "locked" : "unlocked";
+  return locked->asBool();
+}
+
+// prompt / prompt title "TEXT" / prompt message "TEXT" / prompt passcode-field
+bool promptHolds(Runner& r, const Statement& s, std::string* seen) {
+  auto prompt = askSpringBoard(r, "prompt", seen);
+  if (!prompt) return false;
+  if (!(*prompt)["visible"].asBool()) {
+    *seen = "no Kavelin prompt is visible";
+    return false;
+  }
+  if (s.predicateArgs.empty()) return true;
+  const std::string& aspect = s.predicateArgs[0];
+  if (aspect == "passcode-field") {
+    *seen = "the passcode field is hidden";
+    return (*prompt)["passcodeField"].asBool();
+  }
+  const std::string& want = s.predicateArgs[1];
+  if (aspect == "title") {
+    *seen = "the item line reads \"" + (*prompt)["title"].asString() + "\"";
+    return (*prompt)["title"].asString() == want;
+  }
+  *seen = "the message is \"" + (*prompt)["message"].asString() + "\"";
+  return (*prompt)["message"].asString().find(want) != std::string::npos;
 }
 
 const std::vector<PredicateSpec>& predicates() {
@@ -355,13 +408,12 @@ const std::vector<PredicateSpec>& predicates() {
       {"pref", 2, -1, "pref KEY JSON",
        "the preference domain holds that value now (pref KEY null: absent)", prefHolds},
       {"front", 1, 1, "front BUNDLE-ID | front home", "that app is frontmost / the home screen shows",
-       needsFrameworks},
+       frontHolds},
       {"launched", 1, 1, "launched BUNDLE-ID", "that app was brought to front in the current window",
-       needsFrameworks},
+       launchedHolds},
       {"prompt", 0, 2, "prompt [title \"TEXT\" | message \"TEXT\" | passcode-field]",
-       "a Kavelin prompt is visible (with that item line, message or passcode field)",
-       needsFrameworks},
-      {"locked", 0, 0, "locked", "the device is locked", needsFrameworks},
+       "a Kavelin prompt is visible (with that item line, message or passcode field)", promptHolds},
+      {"locked", 0, 0, "locked", "the device is locked", lockedHolds},
   };
   return kPredicates;
 }
@@ -395,6 +447,11 @@ std::optional<ParseError> validateScenario(const Scenario& scenario) {
           (n != 3 || s.predicateArgs[1] != "state" ||
            s.predicateArgs[2].find_first_not_of("0123456789xabcdefABCDEF") != std::string::npos)) {
         return fail("expected posted NAME [state N]");
+      }
+      if (s.predicate == "prompt" && n > 0 &&
+          !((n == 1 && s.predicateArgs[0] == "passcode-field") ||
+            (n == 2 && (s.predicateArgs[0] == "title" || s.predicateArgs[0] == "message")))) {
+        return fail("expected " + std::string(p->usage));
       }
       if (s.predicate == "pref") {
         const std::string& key = s.predicateArgs[0];

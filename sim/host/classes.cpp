@@ -27,6 +27,7 @@ ClassBuilder& ClassBuilder::ivar(const char* name, const char* type) {
 Class ClassBuilder::build() {
   if (Class existing = platform::classNamed(name_.c_str())) return existing;
   Class super = platform::classNamed(superclass_.c_str());
+  if (super == nullptr) return nullptr;  // never a new root class by mistake
   Class cls = objc_allocateClassPair(super, name_.c_str(), 0);
   if (cls == nullptr) return nullptr;
   for (size_t i = 0; i < ivars_.size(); ++i) {

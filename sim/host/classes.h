@@ -21,7 +21,8 @@ class ClassBuilder {
   // Adds an instance variable of pointer size holding an object or pointer.
   ClassBuilder& ivar(const char* name, const char* type = "@");
 
-  // Registers the class (once); returns it, or the existing class of that name.
+  // Registers the class (once); returns it, or the existing class of that
+  // name, or nullptr when the superclass does not exist.
   Class build();
 
  private:

@@ -137,6 +137,27 @@ id localizedString(id, SEL, id key, id bundlePath) {
                   platform::makeString("(default)"), id{nullptr});
 }
 
+// An alert whose delegate is SimProbe, to watch the platform's alert path.
+void showAlert(id cls, SEL, id title, id message, id buttons) {
+  auto names = platform::stringListOf(buttons).value_or(std::vector<std::string>{});
+  id alert = send<id>(platform::sendClass<id>(platform::classNamed("UIAlertView"), Sel("alloc")),
+                      Sel("initWithTitle:message:delegate:cancelButtonTitle:otherButtonTitles:"),
+                      title, message, cls,
+                      names.empty() ? id{nullptr} : platform::makeString(names[0]), id{nullptr});
+  for (size_t i = 1; i < names.size(); ++i) {
+    send<platform::Integer>(alert, Sel("addButtonWithTitle:"), platform::makeString(names[i]));
+  }
+  send<void>(alert, Sel("show"));
+  send<void>(alert, Sel("release"));
+}
+void alertPresented(id, SEL, id) { logEvent("probe", "alert presented"); }
+void alertClicked(id, SEL, id, platform::Integer index) {
+  logEvent("probe", "alert clicked " + std::to_string(index));
+}
+void alertDismissed(id, SEL, id, platform::Integer index) {
+  logEvent("probe", "alert dismissed " + std::to_string(index));
+}
+
 void lookUp(id, SEL, id name) {
   void* symbol = dlsym(RTLD_DEFAULT, platform::toString(name).c_str());
   logEvent("probe", platform::toString(name) + (symbol ? " found" : " absent"));
@@ -168,6 +189,10 @@ void defineProbe() {
       .classMethod("hang", imp(hang), "v@:")
       .classMethod("watchImages", imp(watchImages), "v@:")
       .classMethod("lookUp:", imp(lookUp), "v@:@")
+      .classMethod("showAlert:message:buttons:", imp(showAlert), "v@:@@@")
+      .classMethod("didPresentAlertView:", imp(alertPresented), "v@:@")
+      .classMethod("alertView:clickedButtonAtIndex:", imp(alertClicked), "v@:@q")
+      .classMethod("alertView:didDismissWithButtonIndex:", imp(alertDismissed), "v@:@q")
       .classMethod("fileExists:", imp(fileExists), "@@:@")
       .classMethod("localizedString:bundle:", imp(localizedString), "@@:@@")
       .build();

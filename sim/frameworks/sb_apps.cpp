@@ -1,0 +1,379 @@
+// SpringBoard's apps, icons and folders: SBApplication, its controller, the
+// icon classes and SBIconController, and the home-screen actions that enter
+// through them ("tap", "tap-folder", "home").
+#include <map>
+
+#include "platform/blocks.h"
+#include "platform/foundation.h"
+#include "platform/retained.h"
+#include "platform/runtime.h"
+#include "sim/frameworks/springboard.h"
+#include "sim/frameworks/state.h"
+#include "sim/frameworks/system.h"
+#include "sim/host/actions.h"
+#include "sim/host/classes.h"
+#include "sim/host/link.h"
+
+namespace kv::sim::frameworks {
+
+using host::ClassBuilder;
+using host::imp;
+using platform::Retained;
+using platform::Sel;
+using platform::send;
+using platform::Value;
+
+namespace {
+
+// The home screen: system apps and two of the user's own, with URL schemes.
+const std::vector<AppInfo> kApps = {
+    {"com.apple.mobileslideshow", "Photos", {"photos-redirect"}},
+    {"com.apple.camera", "Camera", {}},
+    {"com.apple.mobilesafari", "Safari", {"http", "https"}},
+    {"com.apple.MobileSMS", "Messages", {"sms"}},
+    {"com.apple.mobilephone", "Phone", {"tel"}},
+    {"com.apple.Preferences", "Settings", {"prefs"}},
+    {"com.apple.MobileAddressBook", "Contacts", {}},
+    {"com.quorvan.notesplus", "Notes Plus", {"notesplus"}},
+    {"com.quorvan.chatter", "Chatter", {"chatter"}},
+};
+
+const std::vector<FolderInfo> kFolders = {
+    {"Utilities", {"com.apple.MobileAddressBook"}, false},
+    {"Social", {"com.quorvan.chatter"}, false},
+    {"Newsstand", {}, true},
+};
+
+struct AppState {
+  std::string bundle;
+};
+struct IconState {
+  Retained application;  // SBApplicationIcon
+  Retained folder;       // SBFolderIcon
+};
+struct FolderState {
+  std::string displayName;
+  std::string defaultDisplayName;
+  Retained icon;
+};
+
+// ---- SBApplication ----
+
+id appBundleIdentifier(id self, SEL) { return platform::makeString(stateOf<AppState>(self).bundle); }
+id appDisplayName(id self, SEL) {
+  for (const auto& a : kApps) {
+    if (stateOf<AppState>(self).bundle == a.bundleIdentifier) return platform::makeString(a.displayName);
+  }
+  return nullptr;
+}
+
+// The icon launch of iOS 10 and later: a request to the main workspace.
+BOOL iconLaunchWithContext(id self, SEL, id, long, id, id, id) {
+  launchThroughWorkspace(self, "ActivateApplication");
+  return 1;
+}
+// The icon launch of older systems: SpringBoard's UI controller activates.
+BOOL iconLaunch(id self, SEL, id, long) {
+  id ui = sharedOf("SBUIController");
+  if (atLeast(9)) {
+    send<void>(ui, Sel("activateApplication:"), self);
+  } else {
+    send<void>(ui, Sel("activateApplicationAnimated:"), self);
+  }
+  return 1;
+}
+
+// ---- SBApplicationController ----
+
+id applicationWithBundleIdentifier(id, SEL, id identifier) {
+  return applicationNamed(platform::toString(identifier));
+}
+id allApplications(id, SEL) {
+  id list = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
+  for (const auto& a : kApps) send<void>(list, Sel("addObject:"), applicationNamed(a.bundleIdentifier));
+  return list;
+}
+
+// ---- Icons ----
+
+id iconApplication(id self, SEL) { return stateOf<IconState>(self).application.get(); }
+id iconBundleID(id self, SEL) {
+  return send<id>(stateOf<IconState>(self).application.get(), Sel("bundleIdentifier"));
+}
+id iconDisplayName(id self, SEL) {
+  id app = stateOf<IconState>(self).application.get();
+  if (app != nullptr) return send<id>(app, Sel("displayName"));
+  id folder = stateOf<IconState>(self).folder.get();
+  return platform::makeString(stateOf<FolderState>(folder).displayName);
+}
+id iconDisplayNameForLocation(id self, SEL cmd, long) { return iconDisplayName(self, cmd); }
+id iconFolder(id self, SEL) { return stateOf<IconState>(self).folder.get(); }
+
+// Launching an app icon: the app's own icon-launch method, by version.
+void launchAppIcon(id icon, long location) {
+  id app = stateOf<IconState>(icon).application.get();
+  if (atLeast(10)) {
+    send<BOOL>(app, Sel("icon:launchFromLocation:context:activationSettings:actions:"), icon,
+               location, id{nullptr}, id{nullptr}, id{nullptr});
+  } else {
+    send<BOOL>(app, Sel("icon:launchFromLocation:"), icon, location);
+  }
+}
+
+// Launching a folder icon opens the folder.
+void openFolderOf(id icon) {
+  id folder = stateOf<IconState>(icon).folder.get();
+  springBoard().openFolder = stateOf<FolderState>(folder).displayName;
+  host::logEvent("folder", "opened " + springBoard().openFolder);
+}
+void folderLaunch(id self, SEL, long) { openFolderOf(self); }
+void folderLaunchContext(id self, SEL, long, id) { openFolderOf(self); }
+void folderLaunchSettings(id self, SEL, long, id, id, id) { openFolderOf(self); }
+
+// ---- Folders ----
+
+id folderDisplayName(id self, SEL) { return platform::makeString(stateOf<FolderState>(self).displayName); }
+void folderSetDisplayName(id self, SEL, id name) {
+  stateOf<FolderState>(self).displayName = platform::toString(name);
+  host::logEvent("folder", "renamed " + stateOf<FolderState>(self).displayName);
+}
+id folderDefaultDisplayName(id self, SEL) {
+  const std::string& name = stateOf<FolderState>(self).defaultDisplayName;
+  return name.empty() ? nullptr : platform::makeString(name);
+}
+BOOL folderIsOpen(id self, SEL) {
+  return springBoard().openFolder == stateOf<FolderState>(self).displayName ? 1 : 0;
+}
+id folderIcon(id self, SEL) { return stateOf<FolderState>(self).icon.get(); }
+
+// ---- SBIconController ----
+
+std::vector<Retained>& appIcons() {
+  static auto* icons = new std::vector<Retained>();
+  return *icons;
+}
+std::vector<Retained>& folderIcons() {
+  static auto* icons = new std::vector<Retained>();
+  return *icons;
+}
+
+id openFolder(id, SEL) {
+  for (auto& icon : folderIcons()) {
+    id folder = stateOf<IconState>(icon.get()).folder.get();
+    if (stateOf<FolderState>(folder).displayName == springBoard().openFolder) return folder;
+  }
+  return nullptr;
+}
+void clearHighlightedIcon(id, SEL) {}
+void closeFolder() {
+  if (springBoard().openFolder.empty()) return;
+  host::logEvent("folder", "closed " + springBoard().openFolder);
+  springBoard().openFolder.clear();
+}
+void closeFolderAnimatedCompletion(id, SEL, BOOL, id completion) {
+  closeFolder();
+  platform::callBlock<void(BOOL)>(completion, BOOL{1});
+}
+void closeFolderAnimated(id, SEL, BOOL) { closeFolder(); }
+
+// The icons on the current page: every app icon and folder icon.
+id iconList(id, SEL) {
+  id list = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
+  for (auto& icon : appIcons()) send<void>(list, Sel("addObject:"), icon.get());
+  for (auto& icon : folderIcons()) send<void>(list, Sel("addObject:"), icon.get());
+  return list;
+}
+id currentRootIconList(id self, SEL) { return self; }  // answers `icons` itself
+id rootFolderIcons(id, SEL) {
+  id list = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
+  for (auto& icon : folderIcons()) send<void>(list, Sel("addObject:"), icon.get());
+  return list;
+}
+
+// A tap on an icon, as the icon controller receives it.
+void iconTapped(id, SEL, id icon) {
+  if (stateOf<IconState>(icon).folder) {
+    if (atLeast(11)) {
+      send<void>(icon, Sel("launchFromLocation:context:activationSettings:actions:"), 0L, id{nullptr},
+                 id{nullptr}, id{nullptr});
+    } else if (atLeast(9)) {
+      send<void>(icon, Sel("launchFromLocation:context:"), 0L, id{nullptr});
+    } else {
+      send<void>(icon, Sel("launchFromLocation:"), 0L);
+    }
+    return;
+  }
+  launchAppIcon(icon, 0);
+}
+
+// ---- Actions ----
+
+id iconFor(const std::string& bundle) {
+  for (auto& icon : appIcons()) {
+    if (platform::toString(iconBundleID(icon.get(), nullptr)) == bundle) return icon.get();
+  }
+  return nullptr;
+}
+
+Value tapAction(const host::ActionRequest& request, std::string* error) {
+  if (springBoard().locked) {
+    *error = "the device is locked: the home screen cannot be tapped";
+    return {};
+  }
+  id icon = iconFor(request.args[0]);
+  if (icon == nullptr) {
+    *error = "no icon for " + request.args[0] + " on the home screen";
+    return {};
+  }
+  send<void>(sharedOf("SBIconController"), Sel("iconTapped:"), icon);
+  return {};
+}
+
+Value tapFolderAction(const host::ActionRequest& request, std::string* error) {
+  if (springBoard().locked) {
+    *error = "the device is locked: the home screen cannot be tapped";
+    return {};
+  }
+  for (auto& icon : folderIcons()) {
+    if (platform::toString(iconDisplayName(icon.get(), nullptr)) == request.args[0]) {
+      send<void>(sharedOf("SBIconController"), Sel("iconTapped:"), icon.get());
+      return {};
+    }
+  }
+  *error = "no folder named " + request.args[0];
+  return {};
+}
+
+// The home button: down, then up, through SpringBoard's own handlers.
+Value homeAction(const host::ActionRequest&, std::string*) {
+  id app = sharedOf("SpringBoard");
+  send<void>(app, Sel("_menuButtonDown:"), id{nullptr});
+  send<void>(app, Sel("_menuButtonUp:"), id{nullptr});
+  return {};
+}
+
+void menuButtonDown(id, SEL, id) {}
+void menuButtonUp(id, SEL, id) {
+  if (springBoard().locked) {
+    host::logEvent("button", "home on the lock screen");
+    return;
+  }
+  if (!springBoard().openFolder.empty()) {
+    closeFolder();
+    return;
+  }
+  if (springBoard().front != "home") bringToFront("home");
+}
+
+void defineIcons() {
+  ClassBuilder("SBIcon", "NSObject")
+      .instance("displayName", imp(iconDisplayName), "@@:")
+      .instance("displayNameForLocation:", imp(iconDisplayNameForLocation), "@@:q")
+      .build();
+  ClassBuilder("SBApplicationIcon", "SBIcon")
+      .instance("application", imp(iconApplication), "@@:")
+      .instance("applicationBundleID", imp(iconBundleID), "@@:")
+      .build();
+  ClassBuilder folderIconClass("SBFolderIcon", "SBIcon");
+  folderIconClass.instance("folder", imp(iconFolder), "@@:");
+  if (atLeast(11)) {
+    folderIconClass.instance("launchFromLocation:context:activationSettings:actions:",
+                             imp(folderLaunchSettings), "v@:q@@@");
+  } else if (atLeast(9)) {
+    folderIconClass.instance("launchFromLocation:context:", imp(folderLaunchContext), "v@:q@");
+  } else {
+    folderIconClass.instance("launchFromLocation:", imp(folderLaunch), "v@:q");
+  }
+  folderIconClass.build();
+  ClassBuilder("SBFolder", "NSObject")
+      .instance("displayName", imp(folderDisplayName), "@@:")
+      .instance("setDisplayName:", imp(folderSetDisplayName), "v@:@")
+      .instance("defaultDisplayName", imp(folderDefaultDisplayName), "@@:")
+      .instance("isOpen", imp(folderIsOpen), "C@:")
+      .instance("icon", imp(folderIcon), "@@:")
+      .build();
+  if (!atLeast(9)) ClassBuilder("SBNewsstandFolder", "SBFolder").build();
+}
+
+void makeHomeScreen() {
+  for (const auto& a : kApps) {
+    id icon = host::newObject(platform::classNamed("SBApplicationIcon"));
+    stateOf<IconState>(icon).application = Retained(applicationNamed(a.bundleIdentifier));
+    appIcons().push_back(Retained::adopt(icon));
+  }
+  for (const auto& f : kFolders) {
+    if (f.newsstand && atLeast(9)) continue;  // the Newsstand folder went away with iOS 9
+    Class cls = platform::classNamed(f.newsstand ? "SBNewsstandFolder" : "SBFolder");
+    id folder = host::newObject(cls);
+    stateOf<FolderState>(folder).displayName = f.displayName;
+    stateOf<FolderState>(folder).defaultDisplayName = f.displayName;
+    id icon = host::newObject(platform::classNamed("SBFolderIcon"));
+    stateOf<IconState>(icon).folder = Retained::adopt(folder);
+    stateOf<FolderState>(folder).icon = Retained(icon);
+    folderIcons().push_back(Retained::adopt(icon));
+  }
+}
+
+}  // namespace
+
+const std::vector<AppInfo>& installedApps() { return kApps; }
+const std::vector<FolderInfo>& homeFolders() { return kFolders; }
+
+id applicationNamed(const std::string& bundleIdentifier) {
+  static auto* apps = new std::map<std::string, Retained>();
+  auto it = apps->find(bundleIdentifier);
+  if (it != apps->end()) return it->second.get();
+  for (const auto& a : kApps) {
+    if (bundleIdentifier != a.bundleIdentifier) continue;
+    id app = host::newObject(platform::classNamed("SBApplication"));
+    stateOf<AppState>(app).bundle = bundleIdentifier;
+    (*apps)[bundleIdentifier] = Retained::adopt(app);
+    return app;
+  }
+  return nullptr;
+}
+
+void defineSpringBoardApps() {
+  ClassBuilder app("SBApplication", "NSObject");
+  app.instance("bundleIdentifier", imp(appBundleIdentifier), "@@:")
+      .instance("displayIdentifier", imp(appBundleIdentifier), "@@:")
+      .instance("displayName", imp(appDisplayName), "@@:");
+  if (atLeast(10)) {
+    app.instance("icon:launchFromLocation:context:activationSettings:actions:",
+                 imp(iconLaunchWithContext), "C@:@q@@@");
+  } else {
+    app.instance("icon:launchFromLocation:", imp(iconLaunch), "C@:@q");
+  }
+  app.build();
+  ClassBuilder("SBApplicationController", "NSObject")
+      .instance("applicationWithBundleIdentifier:", imp(applicationWithBundleIdentifier), "@@:@")
+      .instance("applicationWithDisplayIdentifier:", imp(applicationWithBundleIdentifier), "@@:@")
+      .instance("allApplications", imp(allApplications), "@@:")
+      .build();
+  defineIcons();
+  ClassBuilder("SBIconController", "NSObject")
+      .instance("openFolder", imp(openFolder), "@@:")
+      .instance("clearHighlightedIcon", imp(clearHighlightedIcon), "v@:")
+      .instance("closeFolderAnimated:withCompletion:", imp(closeFolderAnimatedCompletion), "v@:C@?")
+      .instance("closeFolderAnimated:", imp(closeFolderAnimated), "v@:C")
+      .instance("currentRootIconList", imp(currentRootIconList), "@@:")
+      .instance("icons", imp(iconList), "@@:")
+      .instance("folderIcons", imp(rootFolderIcons), "@@:")
+      .instance("iconTapped:", imp(iconTapped), "v@:@")
+      .build();
+  makeHomeScreen();
+  host::registerAction("tap", tapAction);
+  host::registerAction("tap-folder", tapFolderAction);
+  host::registerAction("home", homeAction);
+  host::registerQuery("front", [](const std::vector<std::string>&) {
+    return Value::string(springBoard().front);
+  });
+}
+
+// SpringBoard's home-button handlers, added to the SpringBoard class.
+void addHomeButton(ClassBuilder& springBoardClass) {
+  springBoardClass.instance("_menuButtonDown:", imp(menuButtonDown), "v@:@")
+      .instance("_menuButtonUp:", imp(menuButtonUp), "v@:@");
+}
+
+}  // namespace kv::sim::frameworks

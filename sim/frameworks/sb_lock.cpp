@@ -1,0 +1,268 @@
+// The lock and the screen: SBLockScreenManager, the lock button of each
+// version (SBLockHardwareButton on iOS 11, SpringBoard's own handlers before),
+// the backlight, the device-lock and managed-configuration queries, Wi-Fi,
+// and the "lock" and "unlock" actions.
+#include "platform/blocks.h"
+#include "platform/foundation.h"
+#include "platform/functions.h"
+#include "platform/retained.h"
+#include "platform/runtime.h"
+#include "sim/frameworks/springboard.h"
+#include "sim/frameworks/state.h"
+#include "sim/frameworks/system.h"
+#include "sim/host/actions.h"
+#include "sim/host/classes.h"
+#include "sim/host/link.h"
+
+namespace kv::sim::frameworks {
+
+void lockScreenWantsMatching(bool wanted);
+
+using host::ClassBuilder;
+using host::imp;
+using platform::Retained;
+using platform::Sel;
+using platform::send;
+using platform::Value;
+
+namespace {
+
+constexpr long kHardwareButtonSource = 1;  // a press of the physical button
+constexpr long kPasscodeUnlockSource = 1;  // the passcode or a swipe on the lock screen
+
+id sharedInstance(id cls, SEL) { return sharedOf(class_getName(reinterpret_cast<Class>(cls))); }
+
+// The platform's lock-state notification, state 1 locked, 0 unlocked.
+void postLockState(bool locked) {
+  int token = -1;
+  notify_register_check("com.apple.springboard.lockstate", &token);
+  notify_set_state(token, locked ? 1 : 0);
+  notify_post("com.apple.springboard.lockstate");
+  notify_cancel(token);
+}
+
+// ---- The backlight ----
+
+void setScreen(bool on, long source) {
+  id backlight = sharedOf("SBBacklightController");
+  if (atLeast(10)) {
+    send<void>(backlight, Sel("_animateBacklightToFactor:duration:source:silently:completion:"),
+               on ? 1.0f : 0.0f, 0.25, source, BOOL{0}, id{nullptr});
+  } else {
+    send<void>(backlight, Sel("setBacklightFactor:source:"), on ? 1.0f : 0.0f, source);
+  }
+}
+void applyBacklight(float factor) {
+  bool on = factor > 0;
+  if (springBoard().screenOn == on) return;
+  springBoard().screenOn = on;
+  host::logEvent("screen", on ? "on" : "off");
+}
+void animateBacklight(id, SEL, float factor, double, long, BOOL, id completion) {
+  applyBacklight(factor);
+  platform::callBlock<void()>(completion);
+}
+void setBacklightFactor(id, SEL, float factor, long) { applyBacklight(factor); }
+BOOL screenIsOn(id, SEL) { return springBoard().screenOn ? 1 : 0; }
+BOOL screenIsOff(id, SEL) { return springBoard().screenOn ? 0 : 1; }
+BOOL shouldTurnOnScreen(id, SEL, long) { return 1; }
+
+// ---- SBLockScreenManager ----
+
+BOOL isUILocked(id, SEL) { return springBoard().locked ? 1 : 0; }
+void lockUI(id, SEL, long source, id) {
+  if (springBoard().locked) return;
+  springBoard().locked = true;
+  springBoard().openFolder.clear();
+  host::logEvent("lock", "locked (source " + std::to_string(source) + ")");
+  lockScreenWantsMatching(true);
+  postLockState(true);
+  setScreen(false, source);
+}
+BOOL unlockUI(id, SEL, long source, id) {
+  if (!springBoard().locked) return 0;
+  springBoard().locked = false;
+  host::logEvent("lock", "unlocked (source " + std::to_string(source) + ")");
+  lockScreenWantsMatching(false);
+  postLockState(false);
+  if (!springBoard().screenOn) setScreen(true, source);
+  return 1;
+}
+// A match the lock screen receives unlocks it.
+void bioAuthenticated(id self, SEL, id) {
+  send<BOOL>(self, Sel("unlockUIFromSource:withOptions:"), 14L, id{nullptr});
+}
+
+// ---- The lock button ----
+
+// What one press of the lock button does: lock an unlocked device, or wake
+// (or darken) the screen of a locked one.
+void lockButtonPressed() {
+  if (!springBoard().locked) {
+    send<void>(sharedOf("SBLockScreenManager"), Sel("lockUIFromSource:withOptions:"),
+               kHardwareButtonSource, id{nullptr});
+    return;
+  }
+  if (springBoard().screenOn) {
+    setScreen(false, kHardwareButtonSource);
+  } else if (send<BOOL>(sharedOf("SBBacklightController"),
+                        Sel("shouldTurnOnScreenForBacklightSource:"), kHardwareButtonSource) ||
+             !atLeast(10)) {
+    setScreen(true, kHardwareButtonSource);
+  }
+}
+
+void performSinglePressAction(id, SEL) { lockButtonPressed(); }
+id buttonActions(id, SEL) { return sharedOf("SBLockHardwareButtonActions"); }
+void singlePress(id self, SEL, id) { send<void>(buttonActions(self, nullptr), Sel("performSinglePressAction")); }
+id lockHardwareButton(id, SEL) { return sharedOf("SBLockHardwareButton"); }
+
+void lockButtonDownWithSource(id, SEL, id, long) {}
+void lockButtonUpWithSource(id, SEL, id, long) { lockButtonPressed(); }
+void lockButtonDownFromSource(id, SEL, long) {}
+void lockButtonUpFromSource(id, SEL, long) { lockButtonPressed(); }
+
+// ---- Device lock and managed configuration ----
+
+BOOL deviceHasPasscodeSet(id, SEL) { return system().passcode ? 1 : 0; }
+BOOL fingerprintUnlockAllowed(id, SEL) { return 1; }
+void recordCall(id self, SEL cmd) {
+  host::logEvent("call", std::string(platform::classNameOf(self)) + " -" + platform::selectorName(cmd));
+}
+
+// ---- Wi-Fi ----
+
+std::vector<Retained>& knownNetworkList() {
+  static auto* list = new std::vector<Retained>();
+  return *list;
+}
+void joinNetwork(const Value& network) {
+  id manager = sharedOf("SBWiFiManager");
+  id current = platform::makeObject(network);
+  if (current != nullptr) {
+    bool known = false;
+    for (auto& n : knownNetworkList()) {
+      known |= platform::valueOf(n.get())["BSSID"] == network["BSSID"];
+    }
+    if (!known) knownNetworkList().push_back(Retained(current));
+  }
+  id* slot = static_cast<id*>(platform::ivarAddress(manager, "_currentNetwork"));
+  if (slot == nullptr) return;
+  Retained(current).take();  // the instance variable owns one reference
+  if (*slot != nullptr) send<void>(*slot, Sel("release"));
+  *slot = current;
+}
+id knownNetworks(id, SEL) {
+  id list = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
+  for (auto& n : knownNetworkList()) send<void>(list, Sel("addObject:"), n.get());
+  return list;
+}
+// The device's network as the Wi-Fi framework describes it.
+Value networkFromDevice(const Value& wifi) {
+  if (wifi.isNone()) return {};
+  return Value::dictionary({{"BSSID", wifi["bssid"]}, {"SSID_STR", wifi["ssid"]}});
+}
+
+// ---- Actions ----
+
+Value lockAction(const host::ActionRequest&, std::string*) {
+  pressLockButton();
+  return {};
+}
+
+Value unlockAction(const host::ActionRequest&, std::string* error) {
+  if (!springBoard().locked) {
+    *error = "the device is not locked";
+    return {};
+  }
+  if (!springBoard().screenOn) setScreen(true, kHardwareButtonSource);
+  send<BOOL>(sharedOf("SBLockScreenManager"), Sel("unlockUIFromSource:withOptions:"),
+             kPasscodeUnlockSource, id{nullptr});
+  return {};
+}
+
+}  // namespace
+
+void pressLockButton() {
+  id app = sharedOf("SpringBoard");
+  if (atLeast(11)) {
+    send<void>(lockHardwareButton(nullptr, nullptr), Sel("singlePress:"), id{nullptr});
+  } else if (atLeast(10)) {
+    send<void>(app, Sel("_lockButtonDown:fromSource:"), id{nullptr}, kHardwareButtonSource);
+    send<void>(app, Sel("_lockButtonUp:fromSource:"), id{nullptr}, kHardwareButtonSource);
+  } else {
+    send<void>(app, Sel("_lockButtonDownFromSource:"), kHardwareButtonSource);
+    send<void>(app, Sel("_lockButtonUpFromSource:"), kHardwareButtonSource);
+  }
+}
+
+// SpringBoard's lock-button handlers, added to the SpringBoard class.
+void addLockButtons(ClassBuilder& springBoardClass) {
+  if (atLeast(11)) {
+    springBoardClass.instance("lockHardwareButton", imp(lockHardwareButton), "@@:");
+  } else if (atLeast(10)) {
+    springBoardClass.instance("_lockButtonDown:fromSource:", imp(lockButtonDownWithSource), "v@:@q")
+        .instance("_lockButtonUp:fromSource:", imp(lockButtonUpWithSource), "v@:@q");
+  } else {
+    springBoardClass.instance("_lockButtonDownFromSource:", imp(lockButtonDownFromSource), "v@:q")
+        .instance("_lockButtonUpFromSource:", imp(lockButtonUpFromSource), "v@:q");
+  }
+}
+
+void defineSpringBoardLock() {
+  ClassBuilder("SBLockScreenManager", "NSObject")
+      .classMethod("sharedInstance", imp(sharedInstance), "@@:")
+      .instance("isUILocked", imp(isUILocked), "C@:")
+      .instance("lockUIFromSource:withOptions:", imp(lockUI), "v@:q@")
+      .instance("unlockUIFromSource:withOptions:", imp(unlockUI), "C@:q@")
+      .instance("_bioAuthenticated:", imp(bioAuthenticated), "v@:@")
+      .build();
+  if (atLeast(11)) {
+    ClassBuilder("SBLockHardwareButton", "NSObject")
+        .instance("singlePress:", imp(singlePress), "v@:@")
+        .instance("buttonActions", imp(buttonActions), "@@:")
+        .build();
+    ClassBuilder("SBLockHardwareButtonActions", "NSObject")
+        .instance("performSinglePressAction", imp(performSinglePressAction), "v@:")
+        .build();
+  }
+  ClassBuilder backlight("SBBacklightController", "NSObject");
+  backlight.classMethod("sharedInstance", imp(sharedInstance), "@@:")
+      .instance("setBacklightFactor:source:", imp(setBacklightFactor), "v@:fq");
+  if (atLeast(10)) {
+    backlight.instance("screenIsOn", imp(screenIsOn), "C@:")
+        .instance("_animateBacklightToFactor:duration:source:silently:completion:",
+                  imp(animateBacklight), "v@:fdqC@?")
+        .instance("shouldTurnOnScreenForBacklightSource:", imp(shouldTurnOnScreen), "C@:q");
+  } else {
+    backlight.instance("screenIsOff", imp(screenIsOff), "C@:");
+  }
+  backlight.build();
+  ClassBuilder("SBDeviceLockController", "NSObject")
+      .classMethod("sharedController", imp(sharedInstance), "@@:")
+      .instance("deviceHasPasscodeSet", imp(deviceHasPasscodeSet), "C@:")
+      .instance("enablePasscodeLockImmediately", imp(recordCall), "v@:")
+      .build();
+  ClassBuilder("MCProfileConnection", "NSObject")
+      .classMethod("sharedConnection", imp(sharedInstance), "@@:")
+      .instance("isPasscodeSet", imp(deviceHasPasscodeSet), "C@:")
+      .instance("isFingerprintUnlockAllowed", imp(fingerprintUnlockAllowed), "C@:")
+      .build();
+  ClassBuilder("SBWiFiManager", "NSObject")
+      .ivar("_currentNetwork")
+      .classMethod("sharedInstance", imp(sharedInstance), "@@:")
+      .instance("knownNetworks", imp(knownNetworks), "@@:")
+      .build();
+  joinNetwork(networkFromDevice(host::request("device-get", {{"key", Value::string("wifi")}})["value"]));
+  host::onCommand("wifi", [](const Value& command) {
+    joinNetwork(networkFromDevice(command["network"]));
+    return Value::Dictionary{};
+  });
+  host::registerAction("lock", lockAction);
+  host::registerAction("unlock", unlockAction);
+  host::registerQuery("locked", [](const std::vector<std::string>&) {
+    return Value::boolean(springBoard().locked);
+  });
+}
+
+}  // namespace kv::sim::frameworks

@@ -1,0 +1,207 @@
+// The settings loader: reads the preference domain key by key, in the order
+// the keys are listed, and applies the rules that derive values from them.
+#include "settings/settings.h"
+
+#include <algorithm>
+
+#include "core/hardware.h"
+#include "core/session.h"
+#include "platform/foundation.h"
+#include "platform/functions.h"
+#include "platform/retained.h"
+#include "platform/runtime.h"
+#include "settings/notifications.h"
+#include "startup/flags.h"
+
+namespace kv::settings {
+
+namespace {
+
+using platform::Retained;
+using platform::Sel;
+
+Settings& snapshot() {
+  static Settings s;
+  return s;
+}
+
+id domainName() { return platform::makeString(kDomain); }
+
+// The stored value of `key`, owned by the returned handle (nil when absent).
+Retained copyValue(const char* key) {
+  platform::AutoreleasePool pool;
+  return Retained::adopt(platform::ns(CFPreferencesCopyAppValue(
+      platform::cf(platform::makeString(key)), platform::cf(domainName()))));
+}
+
+// Typed reads. A value of another type than the key's reads as absent:
+// nothing the settings pane (or anyone else) stores can make a host crash.
+std::optional<bool> readBool(const char* key) {
+  Retained v = copyValue(key);
+  if (!platform::isKindOf(v.get(), "NSNumber")) return std::nullopt;
+  return platform::send<BOOL>(v.get(), Sel("boolValue")) != 0;
+}
+std::optional<int> readInt(const char* key) {
+  Retained v = copyValue(key);
+  if (!platform::isKindOf(v.get(), "NSNumber")) return std::nullopt;
+  return platform::send<int>(v.get(), Sel("intValue"));
+}
+std::optional<std::string> readString(const char* key) { return platform::stringOf(copyValue(key).get()); }
+std::optional<std::vector<std::string>> readList(const char* key) {
+  return platform::stringListOf(copyValue(key).get());
+}
+
+// Keys 8 to 25 except the haptic level: plain booleans with their defaults.
+struct BoolKey {
+  const char* key;
+  bool Settings::*slot;
+  bool fallback;
+};
+const BoolKey kFlagsBeforeHaptic[] = {
+    {"VibrateOnError", &Settings::vibrateOnError, false},
+    {"hapticSetting", &Settings::hapticSetting, true},
+};
+const BoolKey kFlagsAfterHaptic[] = {
+    {"keepSession", &Settings::keepSession, false},
+    {"protectSwitcher", &Settings::protectSwitcher, false},
+    {"protectPowerDown", &Settings::protectPowerDown, true},
+    {"protectPowerDownOnCriticalBattery", &Settings::protectPowerDownOnCriticalBattery, false},
+    {"protectRespring", &Settings::protectRespring, true},
+    {"blurAppSwitcher", &Settings::blurAppSwitcher, true},
+    {"showKavelinedText", &Settings::showKavelinedText, true},
+    {"protectSIMUnlock", &Settings::protectSIMUnlock, false},
+    {"protectMovingApps", &Settings::protectMovingApps, false},
+    {"unlockUsingTouchID", &Settings::unlockUsingTouchID, false},
+    {"CloseProtectedFoldersAfterLaunchingApp", &Settings::closeProtectedFoldersAfterLaunchingApp, true},
+    {"QuitProtectedAppsOnDeviceLock", &Settings::quitProtectedAppsOnDeviceLock, true},
+    {"showProtectedItemName", &Settings::showProtectedItemName, true},
+    {"appsInFoldersAreStillProtected", &Settings::appsInFoldersAreStillProtected, false},
+};
+
+// Keys 26 to 32: lists of strings, empty when absent.
+struct ListKey {
+  const char* key;
+  std::vector<std::string> Settings::*slot;
+};
+const ListKey kLists[] = {
+    {"protected", &Settings::protectedApps},
+    {"protectedNotifications", &Settings::protectedNotifications},
+    {"protectedSettings", &Settings::protectedSettings},
+    {"protectedSwitches", &Settings::protectedSwitches},
+    {"protectedFolders", &Settings::protectedFolders},
+    {"protectedCCItems", &Settings::protectedCCItems},
+    {"protectedCCSettingsItems", &Settings::protectedCCSettingsItems},
+};
+
+void readFlags(Settings& s, const BoolKey* begin, const BoolKey* end) {
+  for (const BoolKey* k = begin; k != end; ++k) s.*(k->slot) = readBool(k->key).value_or(k->fallback);
+}
+
+platform::UInteger enrolledIdentities() {
+  platform::AutoreleasePool pool;
+  id kit = platform::sendClass<id>(platform::classNamed("BiometricKit"), Sel("manager"));
+  return platform::arrayCount(platform::send<id>(kit, Sel("identities:"), id{nullptr}));
+}
+
+bool contains(const std::vector<std::string>& list, const std::string& item) {
+  return std::find(list.begin(), list.end(), item) != list.end();
+}
+
+void write(const char* key, id value) {
+  platform::AutoreleasePool pool;
+  CFPreferencesSetAppValue(platform::cf(platform::makeString(key)), value, platform::cf(domainName()));
+  CFPreferencesAppSynchronize(platform::cf(domainName()));
+}
+
+}  // namespace
+
+const Settings& current() { return snapshot(); }
+
+void load() {
+  Settings& s = snapshot();
+  const startup::VersionFlags& f = startup::flags();
+  {
+    platform::AutoreleasePool pool;
+    CFPreferencesAppSynchronize(platform::cf(domainName()));
+  }
+
+  // 1-2. The passcode, and rule A: passcode-only needs a passcode, and with
+  //      no enrolled finger or face a stored passcode is the only way.
+  s.onlyPasscode = readBool("onlyPasscode").value_or(false);
+  s.passcode = readString("passcode");
+  s.shouldShowExperimentalAlert = readBool("shouldShowExperimentalAlert").value_or(true);
+  s.onlyPasscode = s.onlyPasscode && s.passcode.has_value();
+  if (s.passcode && enrolledIdentities() == 0) s.onlyPasscode = true;
+
+  // 3-5. The master switch; rule B for the caller's name.
+  s.enabled = readBool("Enabled").value_or(true);
+  s.callerNameProtected = readBool("callerNameProtected").value_or(false) &&
+                          core::biometricHardwareInUse(s.onlyPasscode) && f.isIOS8OrLater;
+  if (f.isIOS10OrLater) {
+    publish(Note::kCallerIdHandling, !s.enabled ? 0 : s.callerNameProtected ? 2 : 1);
+  }
+  s.hideCallerAfterLifting = readBool("HideCallerAfterLifting").value_or(true);
+
+  // 6. Rule C: the glyph colour; the face camera decides when it is absent.
+  if (auto color = readInt("IconColor")) {
+    s.iconColor = *color;
+  } else if (core::faceCameraPresent()) {
+    s.iconColor = 5;
+  }
+  s.iconColorFlag = core::faceCameraPresent() || s.iconColor > 2;
+
+  // 7. Keys 8 to 25, the hardware test between 24 and 25.
+  readFlags(s, std::begin(kFlagsBeforeHaptic), std::end(kFlagsBeforeHaptic));
+  s.haptic = readInt("haptic").value_or(2);
+  readFlags(s, std::begin(kFlagsAfterHaptic), std::end(kFlagsAfterHaptic));
+  s.unlockUsingTouchID = s.unlockUsingTouchID && !f.isIOS11;
+  s.biometricsInUse = core::biometricHardwareInUse(s.onlyPasscode);
+  s.protectSiri = readBool("protectSiri").value_or(false);
+
+  // 8. The lists; the camera's photo state; rule D for notifications.
+  for (const auto& list : kLists) {
+    s.*(list.slot) = readList(list.key).value_or(std::vector<std::string>{});
+    if (list.slot == &Settings::protectedApps) {
+      setState(Note::kInCameraPhotosProtection,
+               s.enabled && contains(s.protectedApps, "com.apple.mobileslideshow") ? 1 : 0);
+    }
+  }
+  if (f.isIOS11) s.protectedNotifications.clear();
+
+  // 9. The grace period follows the session while sessions are kept.
+  if (startup::role() == startup::Role::kSpringBoard) {
+    publish(Note::kGracePeriod, s.keepSession && core::sessionUnlocked() ? 1 : 0);
+  }
+
+  // 10. Without biometrics, a stored passcode is what "identities" means.
+  if (!s.biometricsInUse) publish(Note::kIdentities, s.passcode ? 1 : 0);
+}
+
+void disableExperimentalAlert() {
+  write("shouldShowExperimentalAlert", platform::makeBool(false));
+  snapshot().shouldShowExperimentalAlert = false;
+}
+
+void storeProtectedFolders(std::vector<std::string> folders) {
+  write("protectedFolders", platform::makeStringList(folders));
+  snapshot().protectedFolders = std::move(folders);
+}
+
+std::vector<TrustedNetwork> readAllowedWiFis() {
+  {
+    platform::AutoreleasePool pool;
+    CFPreferencesAppSynchronize(platform::cf(domainName()));
+  }
+  Retained stored = copyValue("allowedWiFis");
+  std::vector<TrustedNetwork> networks;
+  platform::AutoreleasePool pool;
+  for (platform::UInteger i = 0; i < platform::arrayCount(stored.get()); ++i) {
+    id entry = platform::arrayObjectAt(stored.get(), i);
+    auto bssid = platform::stringOf(platform::objectForKey(entry, "bssid"));
+    if (!bssid) continue;
+    networks.push_back({platform::toString(platform::objectForKey(entry, "ssid")), *bssid});
+  }
+  return networks;
+}
+
+}  // namespace kv::settings

@@ -1,0 +1,78 @@
+// The settings snapshot: every key of the preference domain with its type
+// and default, loaded as one process-wide snapshot and replaced on reload.
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kv::settings {
+
+// The preference domain the companion settings pane writes.
+inline constexpr const char* kDomain = "net.quorvan.kavelin";
+
+struct Settings {
+  bool onlyPasscode = false;
+  std::optional<std::string> passcode;
+  bool shouldShowExperimentalAlert = true;
+  bool enabled = true;
+  bool callerNameProtected = false;
+  bool hideCallerAfterLifting = true;
+  int iconColor = 4;
+  bool iconColorFlag = false;  // the face camera is present or IconColor is above 2
+  bool vibrateOnError = false;
+  bool hapticSetting = true;
+  int haptic = 2;
+  bool keepSession = false;
+  bool protectSwitcher = false;
+  bool protectPowerDown = true;
+  bool protectPowerDownOnCriticalBattery = false;
+  bool protectRespring = true;
+  bool blurAppSwitcher = true;
+  bool showKavelinedText = true;
+  bool protectSIMUnlock = false;
+  bool protectMovingApps = false;
+  bool unlockUsingTouchID = false;
+  bool closeProtectedFoldersAfterLaunchingApp = true;
+  bool quitProtectedAppsOnDeviceLock = true;
+  bool showProtectedItemName = true;
+  bool appsInFoldersAreStillProtected = false;
+  bool biometricsInUse = false;  // derived: biometric hardware present and not passcode-only
+  bool protectSiri = false;
+  std::vector<std::string> protectedApps;  // "protected"
+  std::vector<std::string> protectedNotifications;
+  std::vector<std::string> protectedSettings;
+  std::vector<std::string> protectedSwitches;
+  std::vector<std::string> protectedFolders;
+  std::vector<std::string> protectedCCItems;
+  std::vector<std::string> protectedCCSettingsItems;
+
+  // The haptic level in effect: `haptic` when haptics are on, else 0.
+  int effectiveHaptic() const { return hapticSetting ? haptic : 0; }
+};
+
+// The snapshot as last loaded (defaults before the first load).
+const Settings& current();
+
+// Loads the whole domain into the snapshot, applying the derived rules, and
+// sets and posts the states the load is responsible for.
+void load();
+
+// Writes `shouldShowExperimentalAlert` false to the domain and the snapshot.
+void disableExperimentalAlert();
+
+// Writes `protectedFolders` to the domain and the snapshot.
+void storeProtectedFolders(std::vector<std::string> folders);
+
+// One trusted network as the settings pane stores it.
+struct TrustedNetwork {
+  std::string ssid;
+  std::string bssid;
+};
+
+// Reads `allowedWiFis` from the domain now (never cached). Absent or of
+// another type reads as an empty list; entries without a string "bssid" are
+// left out.
+std::vector<TrustedNetwork> readAllowedWiFis();
+
+}  // namespace kv::settings
