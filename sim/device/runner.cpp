@@ -175,6 +175,9 @@ class Runner {
 
   bool anyRunning() const { return running_; }
 
+  // Applies a statement that describes the device, outside a scenario run.
+  bool describeWith(const Statement& s, std::string* failure) { return execute(s, failure); }
+
  private:
   bool execute(const Statement& s, std::string* failure) {
     using K = Statement::Kind;
@@ -465,6 +468,41 @@ std::optional<ParseError> validateScenario(const Scenario& scenario) {
   return std::nullopt;
 }
 
+int printInstallReport(const std::string& process, const std::string& deviceLine,
+                       const std::vector<std::string>& extensions, const RunOptions& options) {
+  std::string text = "device " + deviceLine + "\n";
+  for (const auto& e : extensions) text += "extension " + e + "\n";
+  auto parsed = parseScenario(text, "--device");
+  if (auto* error = std::get_if<ParseError>(&parsed)) {
+    std::fprintf(stderr, "kavelin-sim hooks: %s\n", error->message.c_str());
+    return 2;
+  }
+  Runner runner(options);
+  std::string failure;
+  for (const auto& s : std::get<Scenario>(parsed).statements) {
+    if (!runner.describeWith(s, &failure)) {
+      std::fprintf(stderr, "kavelin-sim hooks: %s\n", failure.c_str());
+      return 2;
+    }
+  }
+  ProcessProfile profile;
+  if (!processProfile(process, &profile)) {
+    std::fprintf(stderr, "kavelin-sim hooks: unknown process %s\n", process.c_str());
+    return 2;
+  }
+  if (!runner.device().start(process, &failure)) {
+    std::fprintf(stderr, "kavelin-sim hooks: %s\n", failure.c_str());
+    return 1;
+  }
+  auto report = runner.device().query(profile.name, "hooks", {}, &failure);
+  if (!report) {
+    std::fprintf(stderr, "kavelin-sim hooks: %s\n", failure.c_str());
+    return 1;
+  }
+  std::fputs(report->asString().c_str(), options.out);
+  return 0;
+}
+
 bool runScenario(const Scenario& scenario, const RunOptions& options) {
   Runner runner(options);
   return runner.run(scenario);
@@ -479,6 +517,10 @@ std::string helpText() {
       "                                   run scenario files (exit 0 all held, 1 a failure,\n"
       "                                   2 a file that could not be parsed); a host that takes\n"
       "                                   longer than the time-out (20 s) for one step fails\n"
+      "  kavelin-sim hooks PROCESS [--device \"DEVICE-LINE\"] [--extension NAME]...\n"
+      "                                   start PROCESS on that device and print what the\n"
+      "                                   library installs there: one line per row,\n"
+      "                                   installed, added, skipped (why) or pending\n"
       "  kavelin-sim help                 this text\n\n"
       "statements (one a line; # starts a comment):\n"
       "  device iphone|ipad ios VERSION [touchid|faceid|none] [identities N] "

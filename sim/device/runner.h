@@ -26,6 +26,12 @@ std::optional<ParseError> validateScenario(const Scenario& scenario);
 // Runs one scenario; true iff every statement ran and every expectation held.
 bool runScenario(const Scenario& scenario, const RunOptions& options);
 
+// Starts `process` on the device a "device ..." line describes, with other
+// extensions installed, and prints the library's install report there.
+// Answers the exit status (0, or 2 for bad words, 1 when the host failed).
+int printInstallReport(const std::string& process, const std::string& deviceLine,
+                       const std::vector<std::string>& extensions, const RunOptions& options);
+
 // The help text: every statement, action, predicate and device profile.
 std::string helpText();
 

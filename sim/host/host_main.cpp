@@ -69,6 +69,12 @@ int main(int argc, char** argv) {
   host::attachToDevice(std::atoi(argv[1] + 5));
   host::registerCoreCommands();
   host::registerImageActions();
+  // What the library installed in this process, as it reports it.
+  host::registerQuery("hooks", [](const std::vector<std::string>&) {
+    using Report = const char* (*)();
+    auto report = reinterpret_cast<Report>(dlsym(RTLD_DEFAULT, "kavelinInstallReport"));
+    return Value::string(report != nullptr ? report() : "");
+  });
   host::onCommand("hello", hello);
   host::serve();
   return 0;

@@ -108,6 +108,14 @@ constexpr Row pending(Row row) {
   return row;
 }
 
+// A row whose behaviour is not built yet: listed in reports, never installed.
+constexpr Row pendingRow(const char* className, const char* method) {
+  return Row{className, method, RowKind::kReplaced, nullptr, nullptr, true};
+}
+constexpr Row pendingAddition(const char* className, const char* method, const char* encoding) {
+  return Row{className, method, RowKind::kAdded, nullptr, encoding, true};
+}
+
 // What installing one row did.
 enum class InstallStatus {
   kInstalled,           // the class's own method now runs the replacement

@@ -177,6 +177,8 @@ void load() {
   if (!s.biometricsInUse) publish(Note::kIdentities, s.passcode ? 1 : 0);
 }
 
+void setBiometricsInUse(bool inUse) { snapshot().biometricsInUse = inUse; }
+
 void disableExperimentalAlert() {
   write("shouldShowExperimentalAlert", platform::makeBool(false));
   snapshot().shouldShowExperimentalAlert = false;

@@ -58,6 +58,9 @@ const Settings& current();
 // sets and posts the states the load is responsible for.
 void load();
 
+// Stores the hardware test's answer that start-up makes before the first load.
+void setBiometricsInUse(bool inUse);
+
 // Writes `shouldShowExperimentalAlert` false to the domain and the snapshot.
 void disableExperimentalAlert();
 

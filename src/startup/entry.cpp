@@ -1,12 +1,137 @@
 // The library's one entry point: a load-time constructor that runs when the
 // injection framework (or a simulated host) loads the library into a process.
+// It decides the process role, sets the version flags, installs that
+// process's interceptions and registers its observers, in this order.
+#include <dlfcn.h>
+
+#include <string>
+
+#include "core/controller.h"
+#include "core/hardware.h"
+#include "core/wifi.h"
+#include "platform/foundation.h"
 #include "platform/runtime.h"
+#include "settings/controllers.h"
+#include "settings/notifications.h"
+#include "settings/settings.h"
+#include "startup/flags.h"
+#include "startup/springboard_observers.h"
+#include "startup/table.h"
 
 namespace kv::startup {
 
-// Process roles, version flags and the interception table hang off this
-// entry; until they are in place, loading the library changes nothing in
-// its host.
-__attribute__((constructor)) static void kavelinLoad() {}
+namespace {
+
+using platform::Sel;
+using settings::Note;
+using settings::observe;
+using settings::registerToken;
+
+std::string processName() {
+  id info = platform::sendClass<id>(platform::classNamed("NSProcessInfo"), Sel("processInfo"));
+  return platform::toString(platform::send<id>(info, Sel("processName")));
+}
+
+std::string bundleIdentifier() {
+  id bundle = platform::sendClass<id>(platform::classNamed("NSBundle"), Sel("mainBundle"));
+  return platform::toString(platform::send<id>(bundle, Sel("bundleIdentifier")));
+}
+
+bool fileExists(const char* path) {
+  id manager = platform::sendClass<id>(platform::classNamed("NSFileManager"), Sel("defaultManager"));
+  return platform::send<BOOL>(manager, Sel("fileExistsAtPath:"), platform::makeString(path)) != 0;
+}
+
+void inCallSection() {
+  setRole(Role::kInCall);
+  computeFlag(VersionFlag::kIOS10OrLater);
+  installGroup(Group::kInCall);
+  registerToken(Note::kCallerIdHandling);
+  // The caller-settings reader and the names observer come with caller-name protection.
+  registerToken(Note::kAllowInCallNames);
+}
+
+void settingsSection() {
+  setRole(Role::kSettings);
+  for (VersionFlag f : {VersionFlag::kIOS10OrLater, VersionFlag::kIOS92OrLater,
+                        VersionFlag::kIOS9OrLater, VersionFlag::kIOS8OrLater}) {
+    computeFlag(f);
+  }
+  installGroup(Group::kSettings);
+  // The eight answers of SpringBoard are observed by the Settings-app guards.
+  settings::defineSettingsControllers();
+  observe(Note::kPrefsChanged, settings::settingsChanged);
+  settings::load();
+  id device = platform::sendClass<id>(platform::classNamed("UIDevice"), Sel("currentDevice"));
+  flags().isPad = platform::send<platform::Integer>(device, Sel("userInterfaceIdiom")) == 1;
+}
+
+void cameraSection() {
+  setRole(Role::kCamera);
+  installGroup(Group::kCamera);
+  // The photo-library answers are observed by the camera guards.
+  if (flags().isIOS11) registerToken(Note::kInCameraPhotosProtection);
+}
+
+void springBoardSection() {
+  setRole(Role::kSpringBoard);
+  core::resolveWiFiFunctions();
+  computeFlag(VersionFlag::kIOS10OrLater);
+  computeFlag(VersionFlag::kIOS102OrLater);
+  if (flags().isIOS10OrLater) {
+    registerToken(Note::kCallerIdHandling);
+    installGroup(Group::kSpringBoardIOS10);
+  }
+  if (flags().isIOS11) installGroup(Group::kSpringBoardIOS11);
+  computeFlag(VersionFlag::kIOS92OrLater);
+  computeFlag(VersionFlag::kIOS8OrLater);
+  computeFlag(VersionFlag::kIOS9OrLater);
+  if (flags().isIOS8OrLater) installGroup(Group::kSpringBoardIOS8);
+  core::defineKavelinController();
+  settings::defineSettingsControllers();
+  installGroup(Group::kSpringBoard);
+  settings::setBiometricsInUse(core::biometricHardwareInUse(settings::current().onlyPasscode));
+  observe(Note::kDisableExperimentalAlert, settings::experimentalAlertDisabled);
+  observe(Note::kShowExperimentalAlertIfNeeded, settings::showExperimentalAlertIfNeeded);
+  registerToken(Note::kTestGlyph);
+  if (flags().isIOS8OrLater) {
+    observe(Note::kLockState, lockStateChanged);
+    registerToken(Note::kLockState);
+    registerToken(Note::kAllowInCallNames);
+  }
+  observe(Note::kScreenChanged, screenChanged);
+  registerToken(Note::kIpcOverride);
+  observe(Note::kPrefsChanged, settings::settingsChanged);
+  if (fileExists("/Library/MobileSubstrate/DynamicLibraries/Pellum.dylib")) {
+    installGroup(Group::kPellum);
+  }
+  if (flags().isIOS92OrLater) observe(Note::kFinishedStartup, startupFinished);
+  if (flags().isIOS11) registerToken(Note::kInCameraPhotosProtection);
+}
+
+__attribute__((constructor)) void kavelinLoad() {
+  platform::AutoreleasePool pool;
+  installGroup(Group::kAllProcesses);
+  computeFlag(VersionFlag::kIOS11);
+  std::string name = processName();
+  if (name == "InCallService") inCallSection();
+  if (name == "Preferences") settingsSection();
+  if (bundleIdentifier() == "com.apple.camera") cameraSection();
+  if (name == "SpringBoard") springBoardSection();
+}
+
+}  // namespace
 
 }  // namespace kv::startup
+
+// The install report of this process, one line per row considered, in
+// installation order ("installed SBApplication -icon:launchFromLocation:").
+extern "C" __attribute__((visibility("default"))) const char* kavelinInstallReport() {
+  static std::string text;
+  text.clear();
+  for (const auto& record : kv::startup::installReport()) {
+    text += kv::platform::describe(record);
+    text += '\n';
+  }
+  return text.c_str();
+}

@@ -62,6 +62,11 @@ void computeFlag(VersionFlag flag) {
   }
 }
 
+SpringBoardFlags& springBoardFlags() {
+  static SpringBoardFlags f;
+  return f;
+}
+
 Role role() { return gRole; }
 void setRole(Role role) { gRole = role; }
 

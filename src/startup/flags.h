@@ -27,6 +27,14 @@ enum class VersionFlag { kIOS11, kIOS10OrLater, kIOS102OrLater, kIOS92OrLater, k
 // afresh for each substring test, the alternatives tried in order.
 void computeFlag(VersionFlag flag);
 
+// SpringBoard's own start-up facts.
+struct SpringBoardFlags {
+  bool identitiesPresent = false;
+  bool devicePasscodeSet = false;
+  bool startupFinished = false;  // "com.apple.springboard.finishedstartup" was seen
+};
+SpringBoardFlags& springBoardFlags();
+
 // The host process, as start-up recognises it.
 enum class Role { kOther, kInCall, kSettings, kCamera, kSpringBoard };
 

@@ -76,6 +76,32 @@ int run(const std::vector<std::string>& args) {
   return allHeld ? 0 : 1;
 }
 
+// hooks PROCESS [--device "DEVICE-LINE"] [--extension NAME]...
+int hooks(const std::vector<std::string>& args) {
+  std::string process;
+  std::string deviceLine = "iphone ios 11.1 touchid";
+  std::vector<std::string> extensions;
+  for (size_t i = 0; i < args.size(); ++i) {
+    bool hasValue = i + 1 < args.size();
+    if (args[i] == "--device" && hasValue) {
+      deviceLine = args[++i];
+    } else if (args[i] == "--extension" && hasValue) {
+      extensions.push_back(args[++i]);
+    } else if (process.empty() && args[i].rfind("--", 0) != 0) {
+      process = args[i];
+    } else {
+      std::fprintf(stderr, "kavelin-sim hooks: unexpected '%s'\n", args[i].c_str());
+      return 2;
+    }
+  }
+  if (process.empty()) {
+    std::fprintf(stderr, "kavelin-sim hooks: which process? (SpringBoard, Preferences, Camera, "
+                         "InCallService)\n");
+    return 2;
+  }
+  return kv::sim::printInstallReport(process, deviceLine, extensions, defaultOptions());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -90,6 +116,7 @@ int main(int argc, char** argv) {
     return 0;
   }
   if (args[0] == "run") return run({args.begin() + 1, args.end()});
+  if (args[0] == "hooks") return hooks({args.begin() + 1, args.end()});
   std::fprintf(stderr, "kavelin-sim: unknown command '%s' (see kavelin-sim help)\n", args[0].c_str());
   return 2;
 }

@@ -1,0 +1,110 @@
+// The settings' runtime classes and their notification handlers.
+#include "settings/controllers.h"
+
+#include <string>
+
+#include "platform/classes.h"
+#include "platform/foundation.h"
+#include "platform/runtime.h"
+#include "settings/settings.h"
+
+namespace kv::settings {
+
+namespace {
+
+using platform::Sel;
+using platform::send;
+
+constexpr const char* kExperimentalTitle = "Kavelin-Experimental";
+constexpr const char* kExperimentalMessage =
+    "Since Photos.app is protected, Kavelin has blocked an attempt to open photo library by "
+    "forcing the process to fail. Now that you have authenticated you are able to retry doing what "
+    "got you here without failing.";
+
+// A plain singleton: sharedInstance creates on first use, init records itself.
+struct Singleton {
+  const char* className;
+  id shared = nullptr;
+};
+Singleton gUpdate{"KavelinPreferenceUpdateController"};
+Singleton gExperimental{"KavelinExperimentalController"};
+
+Singleton& singletonOf(id self) {
+  Class cls = object_getClass(self);
+  if (class_isMetaClass(cls)) cls = reinterpret_cast<Class>(self);
+  return class_getName(cls) == std::string(gUpdate.className) ? gUpdate : gExperimental;
+}
+
+id singletonInit(id self, SEL) {
+  self = platform::sendSuper<id>(platform::classNamed("NSObject"), self, Sel("init"));
+  singletonOf(self).shared = self;
+  return self;
+}
+
+id singletonShared(id cls, SEL) {
+  Singleton& s = singletonOf(cls);
+  if (s.shared == nullptr) send<id>(send<id>(cls, Sel("alloc")), Sel("init"));
+  return s.shared;
+}
+
+void updateSettings(id, SEL) { load(); }
+
+id shared(Singleton& s) {
+  return platform::sendClass<id>(platform::classNamed(s.className), Sel("sharedInstance"));
+}
+
+// The experimental alert: "Never show again" (index 0) turns it off.
+void experimentalClicked(id, SEL, id, platform::Integer index) {
+  if (index == 0) disableExperimentalAlert();
+}
+
+void showExperimentalAlert(id self, SEL) {
+  id alert = send<id>(platform::sendClass<id>(platform::classNamed("UIAlertView"), Sel("alloc")),
+                      Sel("initWithTitle:message:delegate:cancelButtonTitle:otherButtonTitles:"),
+                      platform::makeString(kExperimentalTitle),
+                      platform::makeString(kExperimentalMessage), self,
+                      platform::makeString("Never show again"), platform::makeString("Okay"),
+                      id{nullptr});
+  send<void>(alert, Sel("show"));
+  send<void>(alert, Sel("release"));
+}
+
+}  // namespace
+
+void defineSettingsControllers() {
+  platform::defineClass(gUpdate.className, "NSObject",
+                        {
+                            {"sharedInstance", platform::impOf(singletonShared), "@@:", true},
+                            {"init", platform::impOf(singletonInit), "@@:"},
+                            {"updateSettings", platform::impOf(updateSettings), "v@:"},
+                        });
+  platform::defineClass(gExperimental.className, "NSObject",
+                        {
+                            {"sharedInstance", platform::impOf(singletonShared), "@@:", true},
+                            {"init", platform::impOf(singletonInit), "@@:"},
+                            {"alertView:clickedButtonAtIndex:", platform::impOf(experimentalClicked),
+                             "v@:@q"},
+                            {"_kv_showExperimentalAlert", platform::impOf(showExperimentalAlert),
+                             "v@:"},
+                        });
+}
+
+void settingsChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef) {
+  load();
+  send<void>(shared(gUpdate), Sel("performSelector:withObject:afterDelay:"), Sel("updateSettings"),
+             id{nullptr}, 0.5);
+}
+
+void experimentalAlertDisabled(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                               CFDictionaryRef) {
+  disableExperimentalAlert();
+}
+
+void showExperimentalAlertIfNeeded(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                                   CFDictionaryRef) {
+  if (!current().shouldShowExperimentalAlert) return;
+  send<void>(shared(gExperimental), Sel("performSelector:withObject:afterDelay:"),
+             Sel("_kv_showExperimentalAlert"), id{nullptr}, 0.3);
+}
+
+}  // namespace kv::settings

@@ -1,0 +1,21 @@
+// Handlers of the platform notifications SpringBoard observes from start-up.
+#pragma once
+
+#include "platform/functions.h"
+
+namespace kv::startup {
+
+// "com.apple.springboard.lockstate": the state is read, nothing more.
+void lockStateChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef);
+
+// "com.apple.springboard.screenchanged": reads the state; 2 means the
+// screen went dark, which is remembered.
+void screenChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef);
+
+// "com.apple.springboard.finishedstartup": SpringBoard is up.
+void startupFinished(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef);
+
+// True iff the last screen change darkened the screen.
+bool screenWentDark();
+
+}  // namespace kv::startup

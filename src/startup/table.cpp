@@ -1,0 +1,236 @@
+// The interception table. A row whose behaviour is not built yet is pending:
+// it is reported, never installed; each guard turns its rows on as it lands.
+#include "startup/table.h"
+
+#include "startup/additions.h"
+#include "startup/second_stage.h"
+
+namespace kv::startup {
+
+namespace {
+
+using platform::added;
+using platform::pendingAddition;
+using platform::pendingRow;
+using platform::replaced;
+using platform::Row;
+
+const Row kAllProcessesRows[] = {
+    pendingRow("NSException", "+raise:format:"),
+    pendingRow("NSException", "-initWithName:reason:userInfo:"),
+    added<&objectOfClass>("NSArray", "-_kv_objectOfClass:", "@:@"),
+};
+
+const Row kInCallRows[] = {
+    pendingRow("PHAudioCallViewController", "-setBackgroundImage:"),
+    pendingRow("PHCallParticipantsViewController", "-overrideStringForParticipantsView:"),
+    pendingRow("PHCallParticipantsViewController", "-dealloc"),
+};
+
+const Row kSettingsRows[] = {
+    pendingRow("PSUIBiometricController", "-setTouchIDUnlockEnabled:specifier:"),
+    pendingRow("PreferencesAppController", "-processURL:"),
+    pendingRow("PSMesaSettingsController", "-viewDidDisappear:"),
+    pendingRow("PSTouchIDPasscodeController", "-viewDidDisappear:"),
+    pendingRow("UIApplication", "-applicationDidResumeFromUnderLock"),
+    pendingRow("UIApplication", "-applicationDidResume"),
+    pendingRow("UINavigationController", "-pushViewController:animated:"),
+    pendingRow("PrefsListController", "-setAirplaneMode:specifier:"),
+    pendingRow("PrefsListController", "-_showControllerFromSpecifier:"),
+    pendingRow("PrefsRootController", "-setViewControllers:animated:"),
+    pendingRow("PrefsRootController", "-popViewControllerAnimated:"),
+    pendingRow("PrefsRootController", "-pushViewController:animated:"),
+    pendingRow("PSUIPrefsListController", "-setAirplaneMode:specifier:"),
+    pendingRow("PSUIPrefsListController", "-_showControllerFromSpecifier:"),
+    pendingRow("PSUIPrefsRootController", "-setViewControllers:animated:"),
+    pendingRow("PSUIPrefsRootController", "-popViewControllerAnimated:"),
+    pendingRow("PSUIPrefsRootController", "-pushViewController:animated:"),
+    pendingRow("ResetPrefController", "-resetIconPositions:"),
+    pendingRow("PSListController", "+initialize"),
+    pendingRow("NSObject", "+initialize"),
+};
+
+const Row kCameraRows[] = {
+    pendingRow("CAMViewfinderViewController", "-_handleImageWellReleased:"),
+    pendingRow("CAMViewfinderViewController", "-_handleImageWellTapped:"),
+    pendingRow("CMKCameraView", "-_imageWellTapped:"),
+    pendingRow("UIPreviewInteractionController", "-startInteractivePreviewWithGestureRecognizer:"),
+    pendingRow("PLCameraView", "-_imageWellTapped:"),
+    pendingRow("CAMCameraView", "-_imageWellTapped:"),
+};
+
+const Row kSpringBoardIOS10Rows[] = {
+    pendingRow("NCNotificationSectionListViewController", "-viewWillAppear:"),
+    pendingRow("NCNotificationSectionListViewController", "-viewDidDisappear:"),
+    pendingRow("NCBulletinNotificationSource", "-observer:addBulletin:forFeed:playLightsAndSirens:withReply:"),
+    pendingRow("NCBulletinNotificationSource", "-observer:addBulletin:forFeed:"),
+    pendingRow("NCNotificationLongLookViewController", "-_handleCloseButton:"),
+    pendingRow("NCNotificationPriorityListViewController", "-notificationListCell:requestsClearingNotificationRequest:"),
+    pendingRow("NCNotificationPriorityListViewController", "-notificationListCell:requestsPerformAction:forNotificationRequest:completion:"),
+    pendingRow("NCNotificationPriorityListViewController", "-collectionView:cellForItemAtIndexPath:"),
+    pendingRow("NCNotificationPriorityListViewController", "-insertNotificationRequest:forCoalescedNotification:"),
+    pendingAddition("NCNotificationPriorityListViewController", "-_kv_removeAll", "v@:"),
+    pendingAddition("NCNotificationPriorityListViewController", "-_kv_reInsertAll", "v@:"),
+    pendingAddition("NCNotificationPriorityListViewController", "-kavelinCell", "@@:"),
+    pendingAddition("NCNotificationPriorityListViewController", "-indexPathOfKavelinCell", "@@:"),
+    pendingRow("SBBacklightController", "-shouldTurnOnScreenForBacklightSource:"),
+    pendingRow("SBBacklightController", "-_animateBacklightToFactor:duration:source:silently:completion:"),
+    pendingRow("_SBUIBiometricKitInterface", "-init"),
+};
+
+const Row kSpringBoardIOS11Rows[] = {
+    pendingRow("CCUIContentModuleContainerViewController", "-_previewInteraction:viewControllerPresentationForPresentingViewController:"),
+    pendingRow("CCUIButtonModuleView", "-touchesEnded:withEvent:"),
+    pendingRow("CCUIRoundButton", "-touchesEnded:withEvent:"),
+    pendingRow("FBSystemService", "-shutdownWithOptions:"),
+    pendingRow("FBSystemService", "-shutdownAndReboot:"),
+    pendingRow("FBSystemService", "-exitAndRelaunch:"),
+    pendingRow("SBUIBiometricResource", "-isMatchingEnabled"),
+    pendingRow("SBUIBiometricResource", "-isMatchingAllowed"),
+    pendingRow("SBUIBiometricResource", "-hasBiometricAuthenticationCapabilityEnabled"),
+    pendingAddition("__NSStackBlock__", "-length", "q@:"),
+};
+
+const Row kSpringBoardIOS8Rows[] = {
+    pendingRow("PKGlyphView", "-_minimumAnimationDurationForStateTransition"),
+    pendingRow("PKFingerprintGlyphView", "-_minimumAnimationDurationForStateTransition"),
+};
+
+const Row kSpringBoardRows[] = {
+    pendingRow("SBDashBoardViewController", "-_activateCameraAnimated:"),
+    pendingRow("SBDashBoardViewController", "-activateCameraAnimated:"),
+    pendingRow("SBSystemGestureManager", "-_systemGestureChanged:"),
+    pendingRow("SBAppSwitcherReusableSnapshotView", "-layoutSubviews"),
+    pendingRow("SBAppSwitcherReusableSnapshotView", "-setTransform:"),
+    pendingRow("SBAppSwitcherReusableSnapshotView", "-dealloc"),
+    pendingRow("SBFluidSwitcherGestureWorkspaceTransaction", "-_runSceneLayoutTransactionForTransitionRequest:updateScenes:"),
+    pendingRow("SBFluidSwitcherGestureWorkspaceTransaction", "-_didComplete"),
+    pendingRow("SBMainSwitcherViewController", "-_setReturnToDisplayItem:"),
+    pendingRow("SBMainSwitcherViewController", "-toggleSwitcherNoninteractivelyWithSource:"),
+    pendingRow("SBMainSwitcherViewController", "-toggleSwitcherNoninteractively"),
+    pendingRow("SBMainSwitcherViewController", "-switcherContentController:selectedItem:"),
+    pendingRow("SBSwitcherForcePressSystemGestureTransaction", "-_transitionRequestForPresentationWithCommitment:toNextDisplayItem:"),
+    pendingRow("SBApplicationShortcutMenu", "-menuContentView:activateShortcutItem:index:"),
+    pendingRow("SBAppSwitcherController", "-switcherIconScroller:activate:"),
+    pendingRow("SBAppSwitcherController", "-switcherScroller:itemTapped:"),
+    pendingRow("SBApplication", "-snapshotImageInfosWithImageName:sceneID:launchingSize:launchingScale:launchingOrientation:"),
+    pendingRow("SBApplication", "-icon:launchFromLocation:context:activationSettings:actions:"),
+    pendingRow("SBApplication", "-icon:launchFromLocation:"),
+    pendingRow("SBMainWorkspace", "-systemService:handleOpenApplicationRequest:withCompletion:"),
+    pendingRow("SBMainWorkspace", "-_setCurrentTransactionForRequest:fallbackProvider:"),
+    pendingRow("SBAppToAppWorkspaceTransaction", "-initWithAlertManager:from:to:withResult:"),
+    pendingRow("SBLockScreenSlideUpToAppController", "-finalizeGesture"),
+    pendingRow("PSPasscodeField", "-insertText:"),
+    pendingAddition("PSPasscodeField", "-updateKavelinAlert", "v@:"),
+    pendingRow("SBLockScreenCameraController", "-_didActivate"),
+    pendingRow("SBUIIconForceTouchViewController", "-presentAnimated:withCompletionHandler:"),
+    pendingRow("SBIconController", "-setIsEditing:withFeedbackBehavior:"),
+    pendingRow("SBIconController", "-setIsEditing:"),
+    pendingRow("SBIconController", "-iconCloseBoxTapped:"),
+    pendingRow("SBAppSliderSnapshotView", "-_cachedImageForImageInfos:foundInfo:"),
+    pendingRow("SBAppSliderSnapshotView", "-_cachedImageForImageInfos:downscaled:foundInfo:"),
+    pendingRow("SBAppSliderSnapshotView", "-_defaultImageforImageInfo:"),
+    pendingRow("SBAppSliderSnapshotView", "-_cgImageForSnapshotInfo:"),
+    pendingRow("SBAppSliderSnapshotView", "-_cgImageForSnapshotInfo:downscaled:"),
+    pendingRow("SBAppSliderSnapshotView", "-_loadImageAsyncFromSnapshotInfo:"),
+    pendingRow("SBAppSwitcherSnapshotView", "-_crossfadeToZoomUpViewIfNecessaryForTransitionRequest:"),
+    pendingRow("SBAppSwitcherSnapshotView", "-_viewPresenting:"),
+    pendingRow("SBAppSwitcherSnapshotView", "-_crossfadeToZoomUpViewIfNecessary"),
+    pendingRow("SBAppSwitcherSnapshotView", "-layoutSubviews"),
+    pendingRow("SBSwitcherSnapshotImageView", "-layoutSubviews"),
+    pendingRow("SBLockScreenMesaCoordinator", "-biometricResource:observeEvent:"),
+    pendingRow("SBLockScreenManager", "-_bioAuthenticated:"),
+    pendingRow("SBLockScreenManager", "-unlockUIFromSource:withOptions:"),
+    pendingRow("SBLockScreenManager", "-lockUIFromSource:withOptions:"),
+    pendingRow("SBLockHardwareButton", "-singlePress:"),
+    pendingRow("SBUIBiometricEventMonitor", "-init"),
+    pendingRow("SBPowerDownController", "-powerDownViewRequestPowerDown:"),
+    pendingRow("SBPowerDownController", "-powerDown"),
+    pendingRow("FBSystemApp", "-sendActionsToBackboard:"),
+    pendingRow("SBRestartManager", "-restartWithTransitionRequest:"),
+    pendingRow("SBRestartManager", "-shutdownForReason:"),
+    pendingRow("SBRestartManager", "-rebootForReason:"),
+    pendingRow("SpringBoard", "-powerDown"),
+    pendingRow("SpringBoard", "-reboot"),
+    pendingRow("SpringBoard", "-_rebootNow"),
+    pendingRow("SpringBoard", "-_rebootNow:"),
+    pendingRow("SpringBoard", "-relaunchSpringBoard"),
+    pendingRow("SpringBoard", "-_menuButtonDown:"),
+    pendingRow("SpringBoard", "-_menuButtonUp:"),
+    pendingRow("SpringBoard", "-applicationOpenURL:withApplication:sender:publicURLsOnly:animating:needsPermission:activationContext:activationHandler:"),
+    pendingRow("SpringBoard", "-_openURLCore:display:animating:sender:activationSettings:withResult:"),
+    pendingRow("SpringBoard", "-_openURLCore:display:animating:sender:additionalActivationFlags:activationHandler:"),
+    pendingRow("SpringBoard", "-_openURLCore:display:animating:sender:activationContext:activationHandler:"),
+    pendingRow("SBUserAgent", "-_openApplication:withURL:fromSource:animated:options:"),
+    pendingRow("SBUserAgent", "-launchFromPushOrLocalBulletin:actionIdentifier:userResponse:origin:"),
+    pendingRow("SBUserAgent", "-launchFromPushOrLocalBulletin:actionIdentifier:origin:"),
+    pendingRow("SBUserAgent", "-launchFromPushOrLocalBulletin:origin:"),
+    pendingRow("SBUILongNumericPasscodeEntryField", "-_okButtonHit"),
+    pendingRow("SBFolder", "-setDisplayName:"),
+    pendingRow("SBBookmarkIcon", "-launchFromLocation:context:activationSettings:actions:"),
+    pendingRow("SBFolderIcon", "-launchFromLocation:"),
+    pendingRow("SBFolderIcon", "-launchFromLocation:context:"),
+    pendingRow("SBFolderIcon", "-launchFromLocation:context:activationSettings:actions:"),
+    pendingRow("SBWorkspace", "-workspace:handleOpenApplicationRequest:withOptions:origin:withResult:"),
+    pendingRow("CCUIControlCenterPushButton", "-_pressAction"),
+    pendingRow("SBControlCenterButton", "-_pressAction"),
+    pendingRow("SBUIControlCenterButton", "-_pressAction"),
+    pendingRow("SBCCQuickLaunchSectionController", "-_activateAppWithBundleId:url:"),
+    pendingRow("PLCameraView", "-_imageWellTapped:"),
+    pendingRow("SBAssistantController", "-activatePluginForEvent:"),
+    pendingRow("SBAssistantController", "-activatePluginForEvent:eventSource:context:"),
+    pendingRow("SBSwitchAppList", "-_bundleIDShouldBeRepresentedInList:"),
+    pendingRow("SBUIController", "-updateBatteryState:"),
+    pendingRow("SBUIController", "-activateApplication:fromIcon:location:"),
+    pendingRow("SBUIController", "-activateApplicationAnimated:"),
+    pendingRow("SBUIController", "-activateApplication:"),
+    pendingRow("SBUIController", "-finishLaunching"),
+    pendingRow("SBUIController", "-appSwitcher:wantsToActivateDisplayLayout:displayIDsToURLs:displayIDsToActions:"),
+    pendingRow("SBUIController", "-appSwitcher:wantsToActivateApplication:"),
+    pendingRow("SBUIController", "-_toggleSwitcher"),
+    replaced<&uiControllerInit>("SBUIController", "-init"),
+};
+
+const Row kPellumRows[] = {
+    pendingRow("SBWorkspaceEventQueue", "-executeOrAppendEvent:"),
+    pendingRow("SpringBoard", "-frontDisplayDidChange:"),
+};
+
+struct GroupRows {
+  Group group;
+  std::span<const Row> rows;
+};
+
+const GroupRows kGroups[] = {
+    {Group::kAllProcesses, kAllProcessesRows},
+    {Group::kInCall, kInCallRows},
+    {Group::kSettings, kSettingsRows},
+    {Group::kCamera, kCameraRows},
+    {Group::kSpringBoardIOS10, kSpringBoardIOS10Rows},
+    {Group::kSpringBoardIOS11, kSpringBoardIOS11Rows},
+    {Group::kSpringBoardIOS8, kSpringBoardIOS8Rows},
+    {Group::kSpringBoard, kSpringBoardRows},
+    {Group::kPellum, kPellumRows},
+};
+
+std::vector<platform::InstallRecord>& report() {
+  static auto* records = new std::vector<platform::InstallRecord>();
+  return *records;
+}
+
+}  // namespace
+
+std::span<const Row> rowsOf(Group group) {
+  for (const auto& g : kGroups) {
+    if (g.group == group) return g.rows;
+  }
+  return {};
+}
+
+void installGroup(Group group) {
+  for (const auto& record : platform::installRows(rowsOf(group))) report().push_back(record);
+}
+
+const std::vector<platform::InstallRecord>& installReport() { return report(); }
+
+}  // namespace kv::startup

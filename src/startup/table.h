@@ -1,0 +1,34 @@
+// The interception table: every point the library installs, grouped by host
+// and condition, in installation order. Start-up decides which groups apply.
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "platform/hook.h"
+
+namespace kv::startup {
+
+enum class Group {
+  kAllProcesses,
+  kInCall,
+  kSettings,
+  kCamera,
+  kSpringBoardIOS10,
+  kSpringBoardIOS11,
+  kSpringBoardIOS8,
+  kSpringBoard,
+  kPellum,
+};
+
+// The rows of a group, in installation order.
+std::span<const platform::Row> rowsOf(Group group);
+
+// Installs a group's rows and adds their records to the process's report.
+void installGroup(Group group);
+
+// The process's install report so far, one line per row considered.
+const std::vector<platform::InstallRecord>& installReport();
+
+}  // namespace kv::startup
