@@ -2,8 +2,10 @@
 #include "core/controller.h"
 
 #include "platform/classes.h"
+#include "platform/foundation.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
+#include "settings/settings.h"
 
 namespace kv::core {
 
@@ -29,6 +31,18 @@ id sharedInstance(id cls, SEL) {
 // also gets from a SpringBoard without the handler.
 id handleMessage(id, SEL, id, id) { return nullptr; }
 
+// The glyph's look for the success animation. The getters do not answer what
+// the setters stored: the style follows IconColor, the mode is always 0.
+platform::Integer glyphStyle(id, SEL) {
+  switch (settings::current().iconColor) {
+    case 3: return 3;
+    case 4: return 2;
+    default: return 1;
+  }
+}
+platform::Integer glyphMode(id, SEL) { return 0; }
+void setGlyphValue(id, SEL, platform::Integer) {}
+
 }  // namespace
 
 void defineKavelinController() {
@@ -37,6 +51,10 @@ void defineKavelinController() {
                             {"sharedInstance", platform::impOf(sharedInstance), "@@:", true},
                             {"init", platform::impOf(controllerInit), "@@:"},
                             {"handleMessageNamed:userInfo:", platform::impOf(handleMessage), "@@:@@"},
+                            {"glyphStyle", platform::impOf(glyphStyle), "q@:"},
+                            {"glyphMode", platform::impOf(glyphMode), "q@:"},
+                            {"setGlyphStyle:", platform::impOf(setGlyphValue), "v@:q"},
+                            {"setGlyphMode:", platform::impOf(setGlyphValue), "v@:q"},
                         });
 }
 
