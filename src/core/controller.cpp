@@ -1,67 +1,350 @@
-// KavelinController as the runtime knows it.
+// KavelinController as the runtime knows it: one table of the methods the
+// platform, the guards and the messaging centre call, each a thin door into
+// the policy, the coordinator or the matching session.
 #include "core/controller.h"
 
+#include <string>
+#include <vector>
+
+#include "core/calls.h"
+#include "core/coordinator.h"
+#include "core/device.h"
+#include "core/matching.h"
+#include "core/policy.h"
+#include "core/requests.h"
+#include "core/state.h"
 #include "platform/classes.h"
 #include "platform/foundation.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
 #include "settings/settings.h"
+#include "startup/flags.h"
 
 namespace kv::core {
 
 namespace {
 
+using platform::Integer;
+using platform::MethodSpec;
+using platform::Sel;
+using platform::send;
+using platform::sendIfResponds;
+
 id gShared = nullptr;
 
+// ---- Life ----
+
 id controllerInit(id self, SEL) {
-  static const platform::Sel kInit("init");
-  self = platform::sendSuper<id>(platform::classNamed("NSObject"), self, kInit);
+  self = platform::sendSuper<id>(platform::classNamed("NSObject"), self, Sel("init"));
+  if (self == nullptr) return nullptr;
   if (gShared == nullptr) gShared = self;
+  platform::AutoreleasePool pool;
+  id center =
+      platform::sendClass<id>(platform::classNamed("NSNotificationCenter"), Sel("defaultCenter"));
+  auto observe = [&](const char* selector, const char* name) {
+    send<void>(center, Sel("addObserver:selector:name:object:"), self, platform::selector(selector),
+               platform::makeString(name), id{nullptr});
+  };
+  observe("languageChanged:", "SBLanguageDidChangeNotification");
+  observe("callStatusChanged:", "TUCallCenterCallStatusChangedNotification");
+  state().invocation.reset();
+  state().urlInvocation.reset();
+  state().biometricDelegate.reset(sharedInstanceOf("SBUIBiometricEventMonitor"));
+  observe("_kv_keyboardDidShow:", startup::flags().isIOS8OrLater
+                                      ? "UIKeyboardDidShowNotification"
+                                      : "UIKeyboardWillShowNotification");
   return self;
 }
 
 id sharedInstance(id cls, SEL) {
-  static const platform::Sel kAlloc("alloc"), kInit("init");
-  if (gShared == nullptr) platform::send<id>(platform::send<id>(cls, kAlloc), kInit);
+  if (gShared == nullptr) send<id>(send<id>(cls, Sel("alloc")), Sel("init"));
   return gShared;
 }
 
-// The messaging centre's handler. The answers of the protocol come with the
-// protocol itself; until then every message gets the empty reply a client
-// also gets from a SpringBoard without the handler.
-id handleMessage(id, SEL, id, id) { return nullptr; }
+// ---- Properties ----
+
+id getInvocation(id, SEL) {
+  return state().invocation.get();
+}
+void putInvocation(id, SEL, id invocation) {
+  setInvocation(invocation);
+}
+id getUrlInvocation(id, SEL) {
+  return state().urlInvocation.get();
+}
+void putUrlInvocation(id, SEL, id invocation) {
+  state().urlInvocation.reset(invocation);
+}
+id getRestrictedTitle(id, SEL) {
+  return state().restrictedTitle.get();
+}
+void putRestrictedTitle(id, SEL, id title) {
+  setRestrictedTitle(title);
+}
+id getKavelinAlert(id, SEL) {
+  return state().kavelinAlert.get();
+}
+void putKavelinAlert(id, SEL, id alert) {
+  state().kavelinAlert.reset(alert);
+}
+BOOL getHasVisibleAlert(id, SEL) {
+  return state().hasVisibleAlert ? 1 : 0;
+}
+void putHasVisibleAlert(id, SEL, BOOL visible) {
+  state().hasVisibleAlert = visible != 0;
+}
+id getBiometricDelegate(id, SEL) {
+  return state().biometricDelegate.get();
+}
+void putBiometricDelegate(id, SEL, id source) {
+  state().biometricDelegate.reset(source);
+}
+id getRemovedObservers(id, SEL) {
+  return state().removedObservers.get();
+}
+id getMatchingAssertion(id, SEL) {
+  return state().matchingAssertion.get();
+}
 
 // The glyph's look for the success animation. The getters do not answer what
 // the setters stored: the style follows IconColor, the mode is always 0.
-platform::Integer glyphStyle(id, SEL) {
+Integer glyphStyle(id, SEL) {
   switch (settings::current().iconColor) {
     case 3: return 3;
     case 4: return 2;
     default: return 1;
   }
 }
-platform::Integer glyphMode(id, SEL) { return 0; }
-void setGlyphValue(id, SEL, platform::Integer) {}
+Integer glyphMode(id, SEL) {
+  return 0;
+}
+void ignoreInteger(id, SEL, Integer) {}
+void setExperimentalMatchMode(id, SEL, Integer mode) {
+  state().experimentalMatchMode = static_cast<int>(mode);
+}
+
+// ---- Policy ----
+
+BOOL requiresForIdentifier(id, SEL, id identifier) {
+  auto text = platform::stringOf(identifier);
+  return text && requiresAuthenticationForIdentifier(*text) ? 1 : 0;
+}
+BOOL requiresForFolder(id, SEL, id folder) {
+  return requiresAuthenticationForOpeningFolder(folder) ? 1 : 0;
+}
+id folders(id, SEL) {
+  return foldersRepresentation();
+}
+void permission(id, SEL cmd) {
+  grantPermission(platform::selectorName(cmd));
+}
+void photoLibraryAccess(id, SEL, int value) {
+  allowPhotoLibraryAccess(value);
+}
+
+// ---- The coordinator ----
+
+void authenticate(id, SEL, id identifier, id target, SEL sel, id pointers) {
+  authenticateForIdentifier(identifier, target, sel, pointers);
+}
+void showAlertMethod(id, SEL) {
+  showAlert();
+}
+void launchApplication(id, SEL, id identifier) {
+  launchApplicationWithIdentifier(identifier);
+}
+void openFolder(id, SEL, id folder) {
+  authenticateForOpeningFolder(folder);
+}
+void cleanupMethod(id, SEL) {
+  cleanupAlertAndRemoveObserver();
+}
+void cleanupObserversMethod(id, SEL) {
+  cleanupObservers();
+}
+void restoreBacklightMethod(id, SEL) {
+  restoreBacklight();
+}
+void lockDeviceMethod(id, SEL) {
+  lockDeviceFromNotification();
+}
+void languageChanged(id, SEL, id) {
+  state().pendingRespring = true;
+}
+void callStatusChangedMethod(id, SEL, id) {
+  callStatusChanged();
+}
+
+// The passcode takes the finger's paths: right is a match, wrong a failure.
+void enteredPasscode(id, SEL, id field, id text) {
+  const auto& stored = settings::current().passcode;
+  if (stored && platform::stringOf(text) == stored) {
+    handleBiometricEvent(3, true);
+    return;
+  }
+  sendIfResponds(field, Sel("setText:"), platform::makeString(""));
+  handleBiometricEvent(9, true);
+}
+
+// ---- The prompt's delegate ----
+
+// Cancel (button 0) drops what was held back; "Enter passcode" is the
+// prompt's own business. On iOS 11 a prompt raised by a power action locks
+// the device when cancelled.
+void clickedButton(id, SEL, id alert, Integer index) {
+  if (index != 0) return;
+  if (startup::flags().isIOS11 && state().lockAfterCancel) {
+    pressLockButton();
+    state().lockAfterCancel = false;
+  }
+  cancelScheduledRestarts();
+  cleanupOnce(alert);
+}
+void didDismiss(id, SEL, id alert, Integer index) {
+  if (index != 0) return;
+  cleanupOnce(alert);
+  cancelScheduledRestarts();
+}
+void alertCancelled(id, SEL, id alert) {
+  cancelScheduledRestarts();
+  send<void>(alert, Sel("dismissWithClickedButtonIndex:animated:"), Integer{0}, BOOL{0});
+  cleanupOnce(alert);
+}
+// Without a sensor the keyboard comes up with the prompt.
+void didPresent(id, SEL, id alert) {
+  if (biometricsInUse()) return;
+  send<BOOL>(sendIfResponds<id>(alert, Sel("passcodeField")), Sel("becomeFirstResponder"));
+}
+
+// The prompt's window above any other modal item, and again when the
+// keyboard comes up under it.
+void bringAlertToFront(id, SEL) {
+  id item = platform::valueForKeyIfPresent(state().kavelinAlert.get(), "representedModalItem");
+  id view = platform::valueForKeyIfPresent(item, "representedView");
+  id window = sendIfResponds<id>(view, Sel("window"));
+  sendIfResponds(window, Sel("makeKeyAndVisible"));
+}
+void keyboardDidShow(id self, SEL, id) {
+  if (!promptVisible()) return;
+  bringAlertToFront(self, nullptr);
+}
+
+// ---- Matching ----
+
+void startMatchingMethod(id, SEL) {
+  startMatchingForTen();
+}
+void stopMatchingMethod(id, SEL) {
+  stopMatchingForTen();
+}
+void checkMatchingMethod(id, SEL) {
+  checkMatchingIsReallyEnabled();
+}
+void monitorEvent(id, SEL, id, long code) {
+  handleBiometricEvent(code);
+}
+// The kit's and the resource's other callbacks take an object or a number
+// after the sender; the platform calls them through its own types.
+__attribute__((no_sanitize("function"))) void ignoreObject(id, SEL, id, id) {}
+__attribute__((no_sanitize("function"))) void ignoreNumber(id, SEL, id, long) {}
+
+// ---- The messaging centre ----
+
+// The answers of the protocol come with the protocol itself; until then every
+// message gets the empty reply a client also gets from a SpringBoard without
+// the handler.
+id handleMessage(id, SEL, id, id) {
+  return nullptr;
+}
+
+std::vector<MethodSpec> methodTable() {
+  using platform::method;
+  std::vector<MethodSpec> table = {
+      platform::classMethod("sharedInstance", sharedInstance),
+      method("init", controllerInit),
+      // Properties.
+      method("invocation", getInvocation),
+      method("setInvocation:", putInvocation),
+      method("urlInvocation", getUrlInvocation),
+      method("setUrlInvocation:", putUrlInvocation),
+      method("restrictedTitle", getRestrictedTitle),
+      method("setRestrictedTitle:", putRestrictedTitle),
+      method("kavelinAlert", getKavelinAlert),
+      method("setKavelinAlert:", putKavelinAlert),
+      method("hasVisibleAlert", getHasVisibleAlert),
+      method("setHasVisibleAlert:", putHasVisibleAlert),
+      method("biometricDelegate", getBiometricDelegate),
+      method("setBiometricDelegate:", putBiometricDelegate),
+      method("removedObservers", getRemovedObservers),
+      method("matchingAssertion", getMatchingAssertion),
+      method("glyphStyle", glyphStyle),
+      method("glyphMode", glyphMode),
+      method("setGlyphStyle:", ignoreInteger),
+      method("setGlyphMode:", ignoreInteger),
+      method("setExperimentalMatchMode:", setExperimentalMatchMode),
+      // Policy.
+      method("requiresAuthenticationForIdentifier:", requiresForIdentifier),
+      method("requiresAuthenticationForOpeningFolder:", requiresForFolder),
+      method("foldersRepresentation", folders),
+      method("allowPhotoLibraryAccess:", photoLibraryAccess),
+      // The coordinator.
+      method("authenticateForIdentifier:object:selector:arrayOfArgumentsAsNSValuePointers:",
+             authenticate),
+      method("showAlert", showAlertMethod),
+      method("launchApplicationWithIdentifier:", launchApplication),
+      method("launchProtectedApplicationWithIdentifier:", launchApplication),
+      method("authenticateForOpeningFolder:", openFolder),
+      method("cleanupAlertAndRemoveObserver", cleanupMethod),
+      method("cleanupObservers", cleanupObserversMethod),
+      method("restoreBacklight", restoreBacklightMethod),
+      method("lockDeviceFromNotification", lockDeviceMethod),
+      method("languageChanged:", languageChanged),
+      method("callStatusChanged:", callStatusChangedMethod),
+      method("passcodeField:enteredPasscode:", enteredPasscode),
+      method("alertView:clickedButtonAtIndex:", clickedButton),
+      method("alertView:didDismissWithButtonIndex:", didDismiss),
+      method("alertViewCancel:", alertCancelled),
+      method("didPresentAlertView:", didPresent),
+      method("bringAlertToFront", bringAlertToFront),
+      method("_kv_keyboardDidShow:", keyboardDidShow),
+      // Matching.
+      method("startMatchingForTen", startMatchingMethod),
+      method("stopMatchingForTen", stopMatchingMethod),
+      method("checkMatchingIsReallyEnabled", checkMatchingMethod),
+      method("biometricEventMonitor:handleBiometricEvent:", monitorEvent),
+      method("biometricKitInterface:handleEvent:", monitorEvent),
+      method("biometricResource:observeEvent:", monitorEvent),
+      // The messaging centre.
+      method("handleMessageNamed:userInfo:", handleMessage),
+  };
+  for (const Permission& p : permissions()) table.push_back(method(p.selector, permission));
+  // The kit's and the resource's other callbacks are accepted and ignored.
+  for (const char* ignored : {"matchOperation:matchedWithResult:"})
+    table.push_back(method(ignored, ignoreObject));
+  for (const char* ignored :
+       {"matchOperation:presenceDetectedInLockout:", "device:pearlEventOccurred:",
+        "device:pearlStateChanged:", "operation:finishedWithReason:", "operation:stateChanged:",
+        "operation:presenceStateChanged:", "biometricKitInterface:enrolledIdentitiesDidChange:"}) {
+    table.push_back(method(ignored, ignoreNumber));
+  }
+  return table;
+}
 
 }  // namespace
 
 void defineKavelinController() {
-  platform::defineClass("KavelinController", "NSObject",
-                        {
-                            {"sharedInstance", platform::impOf(sharedInstance), "@@:", true},
-                            {"init", platform::impOf(controllerInit), "@@:"},
-                            {"handleMessageNamed:userInfo:", platform::impOf(handleMessage), "@@:@@"},
-                            {"glyphStyle", platform::impOf(glyphStyle), "q@:"},
-                            {"glyphMode", platform::impOf(glyphMode), "q@:"},
-                            {"setGlyphStyle:", platform::impOf(setGlyphValue), "v@:q"},
-                            {"setGlyphMode:", platform::impOf(setGlyphValue), "v@:q"},
-                        });
+  if (platform::classNamed("KavelinController") != nullptr) return;
+  std::vector<MethodSpec> table = methodTable();
+  platform::defineClass("KavelinController", "NSObject", table);
 }
 
 id kavelinController() {
   defineKavelinController();
-  return platform::sendClass<id>(platform::classNamed("KavelinController"),
-                                 platform::Sel("sharedInstance"));
+  return platform::sendClass<id>(platform::classNamed("KavelinController"), Sel("sharedInstance"));
+}
+
+id controller() {
+  return kavelinController();
 }
 
 }  // namespace kv::core

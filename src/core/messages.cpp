@@ -12,6 +12,8 @@ constexpr const char* kNames[] = {
 static_assert(sizeof(kNames) / sizeof(kNames[0]) == 28, "SpringBoard serves 28 messages");
 }  // namespace
 
-std::span<const char* const> messageNames() { return kNames; }
+std::span<const char* const> messageNames() {
+  return kNames;
+}
 
 }  // namespace kv::core

@@ -11,12 +11,17 @@ WiFiNetworkCopyPasswordFn gCopyPassword = nullptr;
 }  // namespace
 
 void resolveWiFiFunctions() {
-  gGetProperty = reinterpret_cast<WiFiNetworkGetPropertyFn>(dlsym(RTLD_DEFAULT, "WiFiNetworkGetProperty"));
+  gGetProperty =
+      reinterpret_cast<WiFiNetworkGetPropertyFn>(dlsym(RTLD_DEFAULT, "WiFiNetworkGetProperty"));
   gCopyPassword =
       reinterpret_cast<WiFiNetworkCopyPasswordFn>(dlsym(RTLD_DEFAULT, "WiFiNetworkCopyPassword"));
 }
 
-WiFiNetworkGetPropertyFn wifiNetworkGetProperty() { return gGetProperty; }
-WiFiNetworkCopyPasswordFn wifiNetworkCopyPassword() { return gCopyPassword; }
+WiFiNetworkGetPropertyFn wifiNetworkGetProperty() {
+  return gGetProperty;
+}
+WiFiNetworkCopyPasswordFn wifiNetworkCopyPassword() {
+  return gCopyPassword;
+}
 
 }  // namespace kv::core

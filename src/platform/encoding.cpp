@@ -37,7 +37,8 @@ class Reader {
 
  private:
   void skipQualifiers() {
-    while (pos_ < s_.size() && std::string_view("rnNoORVA").find(s_[pos_]) != std::string_view::npos) {
+    while (pos_ < s_.size() &&
+           std::string_view("rnNoORVA").find(s_[pos_]) != std::string_view::npos) {
       ++pos_;
     }
   }
@@ -58,21 +59,30 @@ class Reader {
     char c = s_[pos_++];
     switch (c) {
       case '@':
-        if (pos_ < s_.size() && s_[pos_] == '?') ++pos_;  // block
-        else if (!skipQuoted()) return std::nullopt;      // @"ClassName"
+        if (pos_ < s_.size() && s_[pos_] == '?')
+          ++pos_;  // block
+        else if (!skipQuoted())
+          return std::nullopt;  // @"ClassName"
         return "o";
       case '#': return "o";
       case ':': return ":";
       case 'v': return "v";
-      case 'c': case 'C': case 'B': return "i1";
-      case 's': case 'S': return "i2";
-      case 'i': case 'I': return "i4";
-      case 'l': case 'L': return std::string("i") + kLongSize;
-      case 'q': case 'Q': return "i8";
+      case 'c':
+      case 'C':
+      case 'B': return "i1";
+      case 's':
+      case 'S': return "i2";
+      case 'i':
+      case 'I': return "i4";
+      case 'l':
+      case 'L': return std::string("i") + kLongSize;
+      case 'q':
+      case 'Q': return "i8";
       case 'f': return "f";
       case 'd': return "d";
       case 'D': return "D";
-      case '*': case '?': return "p";
+      case '*':
+      case '?': return "p";
       case '^': {
         skipQualifiers();
         if (pos_ < s_.size() && s_[pos_] == '{') {  // pointer to a struct: name only
@@ -128,8 +138,7 @@ class Reader {
         out += close;
         return out;
       }
-      default:
-        return std::nullopt;
+      default: return std::nullopt;
     }
   }
 

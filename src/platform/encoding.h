@@ -15,9 +15,9 @@ namespace kv::platform {
 template <typename T, typename = void>
 struct Encoding;
 
-#define KV_SCALAR_ENCODING(T, E)            \
-  template <>                               \
-  struct Encoding<T> {                      \
+#define KV_SCALAR_ENCODING(T, E)           \
+  template <>                              \
+  struct Encoding<T> {                     \
     static std::string get() { return E; } \
   }
 
@@ -50,8 +50,8 @@ KV_SCALAR_ENCODING(unsigned long, "L");
 // Any other pointer: "^" and what it points to, or "^v" when that has no
 // encoding of its own.
 template <typename T>
-struct Encoding<T*, std::enable_if_t<!std::is_same_v<std::remove_cv_t<T>, char> &&
-                                     !std::is_function_v<T>>> {
+struct Encoding<
+    T*, std::enable_if_t<!std::is_same_v<std::remove_cv_t<T>, char> && !std::is_function_v<T>>> {
   static std::string get() { return "^v"; }
 };
 
@@ -69,10 +69,10 @@ struct Encoding<R (^)(A...)> {
 
 // Declares the encoding of a struct passed by value, e.g.
 // KV_STRUCT_ENCODING(CGRect, "{CGRect={CGPoint=dd}{CGSize=dd}}").
-#define KV_STRUCT_ENCODING(T, E)                \
-  template <>                                   \
-  struct kv::platform::Encoding<T> {            \
-    static std::string get() { return E; }      \
+#define KV_STRUCT_ENCODING(T, E)           \
+  template <>                              \
+  struct kv::platform::Encoding<T> {       \
+    static std::string get() { return E; } \
   }
 
 // Returns the method encoding (return type, self, _cmd, arguments, no

@@ -1,7 +1,9 @@
 // Conversions between Foundation objects and plain C++ values.
 #include "platform/foundation.h"
 
+#include <cctype>
 #include <cstring>
+#include <string>
 
 #include "platform/runtime.h"
 
@@ -39,7 +41,9 @@ const Sel kTimeIntervalSinceReferenceDate("timeIntervalSinceReferenceDate");
 const Sel kDateWithTimeInterval("dateWithTimeIntervalSinceReferenceDate:");
 const Sel kValueForKey("valueForKey:");
 
-Class cls(const char* name) { return classNamed(name); }
+Class cls(const char* name) {
+  return classNamed(name);
+}
 
 // Returns true iff the NSNumber `obj` holds a boolean. Foundation keeps
 // booleans in a class of their own (__NSCFBoolean on a device, NSBoolNumber in
@@ -73,7 +77,8 @@ Value valueOf(id obj, int depth) {
     return Value::data(bytes == nullptr ? std::vector<uint8_t>{}
                                         : std::vector<uint8_t>(bytes, bytes + length));
   }
-  if (isKindOf(obj, "NSDate")) return Value::date(send<double>(obj, kTimeIntervalSinceReferenceDate));
+  if (isKindOf(obj, "NSDate"))
+    return Value::date(send<double>(obj, kTimeIntervalSinceReferenceDate));
   if (isKindOf(obj, "NSArray")) {
     Value::Array items;
     UInteger n = send<UInteger>(obj, kCount);
@@ -113,7 +118,9 @@ std::optional<std::string> stringOf(id obj) {
   return std::string(utf8 == nullptr ? "" : utf8);
 }
 
-std::string toString(id obj) { return stringOf(obj).value_or(std::string()); }
+std::string toString(id obj) {
+  return stringOf(obj).value_or(std::string());
+}
 
 std::optional<int64_t> integerOf(id obj) {
   if (!isKindOf(obj, "NSNumber")) return std::nullopt;
@@ -142,11 +149,15 @@ std::optional<std::vector<std::string>> stringListOf(id obj) {
   return out;
 }
 
-id makeBool(bool b) { return sendClass<id>(cls("NSNumber"), kNumberWithBool, static_cast<BOOL>(b ? 1 : 0)); }
+id makeBool(bool b) {
+  return sendClass<id>(cls("NSNumber"), kNumberWithBool, static_cast<BOOL>(b ? 1 : 0));
+}
 id makeInteger(int64_t i) {
   return sendClass<id>(cls("NSNumber"), kNumberWithLongLong, static_cast<long long>(i));
 }
-id makeReal(double d) { return sendClass<id>(cls("NSNumber"), kNumberWithDouble, d); }
+id makeReal(double d) {
+  return sendClass<id>(cls("NSNumber"), kNumberWithDouble, d);
+}
 
 id makeStringList(const std::vector<std::string>& items) {
   id array = sendClass<id>(cls("NSMutableArray"), kArray);
@@ -154,7 +165,17 @@ id makeStringList(const std::vector<std::string>& items) {
   return array;
 }
 
-Value valueOf(id obj) { return valueOf(obj, 0); }
+id makeArray(std::initializer_list<id> items) {
+  id array = sendClass<id>(cls("NSMutableArray"), kArray);
+  for (id item : items) {
+    if (item != nullptr) send<void>(array, kAddObject, item);
+  }
+  return array;
+}
+
+Value valueOf(id obj) {
+  return valueOf(obj, 0);
+}
 
 id makeObject(const Value& value) {
   switch (value.kind()) {
@@ -195,6 +216,21 @@ id valueForKey(id obj, const char* key) {
   return send<id>(obj, kValueForKey, makeString(key));
 }
 
+id valueForKeyIfPresent(id obj, const char* key) {
+  if (obj == nullptr || key == nullptr || *key == '\0') return nullptr;
+  std::string name(key);
+  std::string capitalised = name;
+  capitalised[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(capitalised[0])));
+  bool found = false;
+  for (const std::string& getter : {name, "get" + capitalised, "is" + capitalised, "_" + name}) {
+    found = found || respondsTo(obj, selector(getter.c_str()));
+  }
+  for (const std::string& ivarName : {"_" + name, "_is" + capitalised, name, "is" + capitalised}) {
+    found = found || ivarAddress(obj, ivarName.c_str()) != nullptr;
+  }
+  return found ? valueForKey(obj, key) : nullptr;
+}
+
 id objectForKey(id dict, const char* key) {
   if (key == nullptr || !isKindOf(dict, "NSDictionary")) return nullptr;
   return send<id>(dict, kObjectForKey, makeString(key));
@@ -212,6 +248,8 @@ id arrayObjectAt(id array, UInteger i) {
 AutoreleasePool::AutoreleasePool()
     : pool_(send<id>(sendClass<id>(classNamed("NSAutoreleasePool"), kAlloc), kInit)) {}
 
-AutoreleasePool::~AutoreleasePool() { send<void>(pool_, kRelease); }
+AutoreleasePool::~AutoreleasePool() {
+  send<void>(pool_, kRelease);
+}
 
 }  // namespace kv::platform

@@ -2,6 +2,7 @@
 // Foundation calls the library makes often enough to name.
 #pragma once
 
+#include <initializer_list>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -44,6 +45,9 @@ id makeInteger(int64_t i);
 id makeReal(double d);
 id makeStringList(const std::vector<std::string>& items);
 
+// Returns an autoreleased NSArray of `items`, in order; nil entries are left out.
+id makeArray(std::initializer_list<id> items);
+
 // Converts any property-list object (string, number, boolean, data, date,
 // array, dictionary with string keys) into a Value; other objects and
 // non-string dictionary keys are dropped (a none value), nesting is capped.
@@ -55,6 +59,11 @@ id makeObject(const Value& value);
 // Returns `[obj valueForKey:key]`, or nil when `obj` is nil or does not
 // answer valueForKey:.
 id valueForKey(id obj, const char* key);
+
+// Returns `[obj valueForKey:key]` only when key-value coding can find the
+// key (a getter key, getKey, isKey or _key, or an instance variable _key,
+// _isKey, key or isKey); nil otherwise, where Foundation would raise.
+id valueForKeyIfPresent(id obj, const char* key);
 
 // Returns `[dict objectForKey:key]` for an NSDictionary, else nil.
 id objectForKey(id dict, const char* key);

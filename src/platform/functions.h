@@ -47,8 +47,7 @@ void CFNotificationCenterAddObserver(CFNotificationCenterRef center, const void*
                                      CFNotificationCallback callBack, CFStringRef name,
                                      const void* object,
                                      CFNotificationSuspensionBehavior suspensionBehavior);
-void CFNotificationCenterRemoveEveryObserver(CFNotificationCenterRef center,
-                                             const void* observer);
+void CFNotificationCenterRemoveEveryObserver(CFNotificationCenterRef center, const void* observer);
 void CFNotificationCenterPostNotification(CFNotificationCenterRef center, CFNotificationName name,
                                           const void* object, CFDictionaryRef userInfo,
                                           Boolean deliverImmediately);
@@ -64,8 +63,12 @@ CFTypeRef CFRetain(CFTypeRef cf);
 CFAbsoluteTime CFAbsoluteTimeGetCurrent(void);
 
 // ---- Darwin notify ----
-enum : uint32_t { NOTIFY_STATUS_OK = 0, NOTIFY_STATUS_INVALID_NAME = 1,
-                  NOTIFY_STATUS_INVALID_TOKEN = 2, NOTIFY_STATUS_FAILED = 1000000 };
+enum : uint32_t {
+  NOTIFY_STATUS_OK = 0,
+  NOTIFY_STATUS_INVALID_NAME = 1,
+  NOTIFY_STATUS_INVALID_TOKEN = 2,
+  NOTIFY_STATUS_FAILED = 1000000
+};
 #define NOTIFY_TOKEN_INVALID (-1)
 uint32_t notify_post(const char* name);
 uint32_t notify_register_check(const char* name, int* out_token);
@@ -109,7 +112,11 @@ namespace kv::platform {
 
 // Bridges between Foundation objects and the Core Foundation types that
 // name them (toll-free: the same pointer).
-inline CFStringRef cf(id str) { return reinterpret_cast<CFStringRef>(str); }
-inline id ns(CFTypeRef ref) { return reinterpret_cast<id>(const_cast<void*>(ref)); }
+inline CFStringRef cf(id str) {
+  return reinterpret_cast<CFStringRef>(str);
+}
+inline id ns(CFTypeRef ref) {
+  return reinterpret_cast<id>(const_cast<void*>(ref));
+}
 
 }  // namespace kv::platform

@@ -22,9 +22,9 @@ struct HookSlots {
 
 // What a typed replacement brings to its row.
 struct HookInfo {
-  IMP replacement;            // installed in the platform method's place
-  IMP superStub;              // sends the same selector and arguments to super
-  std::string encoding;       // the method encoding its C++ signature stands for
+  IMP replacement;       // installed in the platform method's place
+  IMP superStub;         // sends the same selector and arguments to super
+  std::string encoding;  // the method encoding its C++ signature stands for
   HookSlots* slots;
 };
 using HookInfoFn = const HookInfo& (*)();

@@ -19,11 +19,17 @@ Class metaclassOf(Class cls) {
   return object_getClass(asId(cls));
 }
 
-Class superclassOf(Class cls) { return cls == nullptr ? nullptr : class_getSuperclass(cls); }
+Class superclassOf(Class cls) {
+  return cls == nullptr ? nullptr : class_getSuperclass(cls);
+}
 
-SEL selector(const char* name) { return sel_registerName(name); }
+SEL selector(const char* name) {
+  return sel_registerName(name);
+}
 
-const char* selectorName(SEL sel) { return sel == nullptr ? "" : sel_getName(sel); }
+const char* selectorName(SEL sel) {
+  return sel == nullptr ? "" : sel_getName(sel);
+}
 
 bool respondsTo(id obj, SEL op) {
   static const Sel kRespondsToSelector("respondsToSelector:");
@@ -45,7 +51,9 @@ bool isKindOf(id obj, Class cls) {
   return false;
 }
 
-bool isKindOf(id obj, const char* className) { return isKindOf(obj, classNamed(className)); }
+bool isKindOf(id obj, const char* className) {
+  return isKindOf(obj, classNamed(className));
+}
 
 const char* classNameOf(id obj) {
   if (obj == nullptr) return "nil";

@@ -41,7 +41,9 @@ class Sel {
   mutable SEL sel_ = nullptr;
 };
 
-inline id asId(Class cls) { return reinterpret_cast<id>(cls); }
+inline id asId(Class cls) {
+  return reinterpret_cast<id>(cls);
+}
 
 // What an argument of type T is passed as: a Sel constant as the SEL it names.
 template <typename T>
@@ -69,20 +71,42 @@ R send(id self, SEL op, A... args) {
   }
 #if KV_APPLE_RUNTIME
 #if defined(__arm64__) || defined(__aarch64__)
-  return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend)(self, op, PassedAs<A>(args)...);
+  return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend)(self, op,
+                                                                        PassedAs<A>(args)...);
 #else
   if constexpr (std::is_class_v<R> && sizeof(R) > 16) {
-    return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend_stret)(self, op, PassedAs<A>(args)...);
+    return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend_stret)(
+        self, op, PassedAs<A>(args)...);
   } else if constexpr (std::is_floating_point_v<R>) {
-    return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend_fpret)(self, op, PassedAs<A>(args)...);
+    return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend_fpret)(
+        self, op, PassedAs<A>(args)...);
   } else {
-    return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend)(self, op, PassedAs<A>(args)...);
+    return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend)(self, op,
+                                                                          PassedAs<A>(args)...);
   }
 #endif
 #else
   IMP imp = objc_msg_lookup(self, op);
   return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(imp)(self, op, PassedAs<A>(args)...);
 #endif
+}
+
+// Returns true iff `obj` answers `op` (asks the object, so forwarding counts).
+bool respondsTo(id obj, SEL op);
+
+// Sends `op` only when `self` answers it; otherwise answers zero, as a
+// message to nil does. For the platform's optional methods: an unknown
+// selector would raise in the host.
+template <typename R = void, typename... A>
+R sendIfResponds(id self, SEL op, A... args) {
+  if (!respondsTo(self, op)) {
+    if constexpr (std::is_void_v<R>) {
+      return;
+    } else {
+      return R{};
+    }
+  }
+  return send<R>(self, op, args...);
 }
 
 // Typed message send to a class object.
@@ -105,13 +129,15 @@ R sendSuper(Class lookupClass, id self, SEL op, A... args) {
 #if KV_APPLE_RUNTIME
   objc_super sup{self, lookupClass};
 #if defined(__arm64__) || defined(__aarch64__)
-  return reinterpret_cast<R (*)(objc_super*, SEL, PassedAs<A>...)>(objc_msgSendSuper)(&sup, op, PassedAs<A>(args)...);
+  return reinterpret_cast<R (*)(objc_super*, SEL, PassedAs<A>...)>(objc_msgSendSuper)(
+      &sup, op, PassedAs<A>(args)...);
 #else
   if constexpr (std::is_class_v<R> && sizeof(R) > 16) {
     return reinterpret_cast<R (*)(objc_super*, SEL, PassedAs<A>...)>(objc_msgSendSuper_stret)(
         &sup, op, PassedAs<A>(args)...);
   } else {
-    return reinterpret_cast<R (*)(objc_super*, SEL, PassedAs<A>...)>(objc_msgSendSuper)(&sup, op, PassedAs<A>(args)...);
+    return reinterpret_cast<R (*)(objc_super*, SEL, PassedAs<A>...)>(objc_msgSendSuper)(
+        &sup, op, PassedAs<A>(args)...);
   }
 #endif
 #else
@@ -120,9 +146,6 @@ R sendSuper(Class lookupClass, id self, SEL op, A... args) {
   return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(imp)(self, op, PassedAs<A>(args)...);
 #endif
 }
-
-// Returns true iff `obj` answers `op` (asks the object, so forwarding counts).
-bool respondsTo(id obj, SEL op);
 
 // Returns true iff instances of `cls` answer `op`, without messaging anything.
 bool instancesRespondTo(Class cls, SEL op);

@@ -80,7 +80,9 @@ Value Value::dictionary(Dictionary entries) {
   return v;
 }
 
-bool Value::asBool(bool fallback) const { return kind_ == Kind::kBool ? bool_ : fallback; }
+bool Value::asBool(bool fallback) const {
+  return kind_ == Kind::kBool ? bool_ : fallback;
+}
 
 int64_t Value::asInteger(int64_t fallback) const {
   if (kind_ == Kind::kInteger) return integer_;

@@ -14,12 +14,15 @@ constexpr const char* kLibraryBundle = "/Library/PreferenceBundles/KavelinPrefs.
 bool exists(const char* path) {
   id manager = platform::sendClass<id>(platform::classNamed("NSFileManager"),
                                        platform::Sel("defaultManager"));
-  return platform::send<BOOL>(manager, platform::Sel("fileExistsAtPath:"), platform::makeString(path)) != 0;
+  return platform::send<BOOL>(manager, platform::Sel("fileExistsAtPath:"),
+                              platform::makeString(path)) != 0;
 }
 
 }  // namespace
 
-std::string bundlePath() { return exists(kBootstrapBundle) ? kBootstrapBundle : kLibraryBundle; }
+std::string bundlePath() {
+  return exists(kBootstrapBundle) ? kBootstrapBundle : kLibraryBundle;
+}
 
 id bundle() {
   return platform::sendClass<id>(platform::classNamed("NSBundle"), platform::Sel("bundleWithPath:"),

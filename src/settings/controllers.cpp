@@ -47,7 +47,9 @@ id singletonShared(id cls, SEL) {
   return s.shared;
 }
 
-void updateSettings(id, SEL) { load(); }
+void updateSettings(id, SEL) {
+  load();
+}
 
 id shared(Singleton& s) {
   return platform::sendClass<id>(platform::classNamed(s.className), Sel("sharedInstance"));
@@ -59,12 +61,14 @@ void experimentalClicked(id, SEL, id, platform::Integer index) {
 }
 
 void showExperimentalAlert(id self, SEL) {
-  id alert = send<id>(platform::sendClass<id>(platform::classNamed("UIAlertView"), Sel("alloc")),
-                      Sel("initWithTitle:message:delegate:cancelButtonTitle:otherButtonTitles:"),
-                      platform::makeString(kExperimentalTitle),
-                      platform::makeString(kExperimentalMessage), self,
-                      platform::makeString("Never show again"), platform::makeString("Okay"),
-                      id{nullptr});
+  id alert =
+      send<id>(platform::sendClass<id>(platform::classNamed("UIAlertView"), Sel("alloc")),
+               Sel("initWithTitle:message:delegate:cancelButtonTitle:otherButtonTitles:"),
+               platform::makeString(kExperimentalTitle), platform::makeString(kExperimentalMessage),
+               self, platform::makeString("Never show again"), id{nullptr});
+  // The other button is added, not listed: a list of titles is passed as
+  // variadic arguments, which a typed send cannot do on every architecture.
+  send<platform::Integer>(alert, Sel("addButtonWithTitle:"), platform::makeString("Okay"));
   send<void>(alert, Sel("show"));
   send<void>(alert, Sel("release"));
 }
@@ -78,18 +82,18 @@ void defineSettingsControllers() {
                             {"init", platform::impOf(singletonInit), "@@:"},
                             {"updateSettings", platform::impOf(updateSettings), "v@:"},
                         });
-  platform::defineClass(gExperimental.className, "NSObject",
-                        {
-                            {"sharedInstance", platform::impOf(singletonShared), "@@:", true},
-                            {"init", platform::impOf(singletonInit), "@@:"},
-                            {"alertView:clickedButtonAtIndex:", platform::impOf(experimentalClicked),
-                             "v@:@q"},
-                            {"_kv_showExperimentalAlert", platform::impOf(showExperimentalAlert),
-                             "v@:"},
-                        });
+  platform::defineClass(
+      gExperimental.className, "NSObject",
+      {
+          {"sharedInstance", platform::impOf(singletonShared), "@@:", true},
+          {"init", platform::impOf(singletonInit), "@@:"},
+          {"alertView:clickedButtonAtIndex:", platform::impOf(experimentalClicked), "v@:@q"},
+          {"_kv_showExperimentalAlert", platform::impOf(showExperimentalAlert), "v@:"},
+      });
 }
 
-void settingsChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef) {
+void settingsChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                     CFDictionaryRef) {
   load();
   send<void>(shared(gUpdate), Sel("performSelector:withObject:afterDelay:"), Sel("updateSettings"),
              id{nullptr}, 0.5);

@@ -11,7 +11,8 @@ void defineSettingsControllers();
 
 // "net.quorvan.kavelin.prefsChanged": reload now, and again after 0.5 s
 // through KavelinPreferenceUpdateController's updateSettings.
-void settingsChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef);
+void settingsChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                     CFDictionaryRef);
 
 // "net.quorvan.disableexperimentalalert": the experimental alert is off for good.
 void experimentalAlertDisabled(CFNotificationCenterRef, void*, CFNotificationName, const void*,

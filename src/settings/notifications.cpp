@@ -34,7 +34,8 @@ constexpr NoteInfo kNotes[] = {
     {Note::kInCameraPhotosProtection, "net.quorvan.kavelin.incameraphotosprotection"},
     {Note::kCameraAsksForPhotos, "net.quorvan.kavelin.cameraAsksForPhotos"},
     {Note::kPhotoLibraryAuthorized, "net.quorvan.kavelin.photoLibraryAuthorized"},
-    {Note::kRequestPhotoLibraryAuthorization, "net.quorvan.kavelin.requestPhotoLibraryAuthorization"},
+    {Note::kRequestPhotoLibraryAuthorization,
+     "net.quorvan.kavelin.requestPhotoLibraryAuthorization"},
     {Note::kIpcOverride, "net.quorvan.kavelin.ipcoverride"},
     {Note::kAlertCancelled, "net.quorvan.kavelin.alertCancelled"},
     {Note::kPasscodeReset, "net.quorvan.kavelin.passcodeReset"},
@@ -89,9 +90,13 @@ const char* nameOf(Note note) {
   return index < static_cast<size_t>(Note::kCount) ? kNotes[index].name : "";
 }
 
-void post(Note note) { notify_post(nameOf(note)); }
+void post(Note note) {
+  notify_post(nameOf(note));
+}
 
-void setState(Note note, uint64_t state) { notify_set_state(tokenFor(note), state); }
+void setState(Note note, uint64_t state) {
+  notify_set_state(tokenFor(note), state);
+}
 
 uint64_t stateOf(Note note) {
   uint64_t state = 0;
@@ -104,7 +109,9 @@ void publish(Note note, uint64_t state) {
   post(note);
 }
 
-void registerToken(Note note) { tokenFor(note); }
+void registerToken(Note note) {
+  tokenFor(note);
+}
 
 void observe(Note note, CFNotificationCallback handler) {
   platform::AutoreleasePool pool;

@@ -25,7 +25,9 @@ Settings& snapshot() {
   return s;
 }
 
-id domainName() { return platform::makeString(kDomain); }
+id domainName() {
+  return platform::makeString(kDomain);
+}
 
 // The stored value of `key`, owned by the returned handle (nil when absent).
 Retained copyValue(const char* key) {
@@ -46,7 +48,9 @@ std::optional<int> readInt(const char* key) {
   if (!platform::isKindOf(v.get(), "NSNumber")) return std::nullopt;
   return platform::send<int>(v.get(), Sel("intValue"));
 }
-std::optional<std::string> readString(const char* key) { return platform::stringOf(copyValue(key).get()); }
+std::optional<std::string> readString(const char* key) {
+  return platform::stringOf(copyValue(key).get());
+}
 std::optional<std::vector<std::string>> readList(const char* key) {
   return platform::stringListOf(copyValue(key).get());
 }
@@ -72,7 +76,8 @@ const BoolKey kFlagsAfterHaptic[] = {
     {"protectSIMUnlock", &Settings::protectSIMUnlock, false},
     {"protectMovingApps", &Settings::protectMovingApps, false},
     {"unlockUsingTouchID", &Settings::unlockUsingTouchID, false},
-    {"CloseProtectedFoldersAfterLaunchingApp", &Settings::closeProtectedFoldersAfterLaunchingApp, true},
+    {"CloseProtectedFoldersAfterLaunchingApp", &Settings::closeProtectedFoldersAfterLaunchingApp,
+     true},
     {"QuitProtectedAppsOnDeviceLock", &Settings::quitProtectedAppsOnDeviceLock, true},
     {"showProtectedItemName", &Settings::showProtectedItemName, true},
     {"appsInFoldersAreStillProtected", &Settings::appsInFoldersAreStillProtected, false},
@@ -94,7 +99,8 @@ const ListKey kLists[] = {
 };
 
 void readFlags(Settings& s, const BoolKey* begin, const BoolKey* end) {
-  for (const BoolKey* k = begin; k != end; ++k) s.*(k->slot) = readBool(k->key).value_or(k->fallback);
+  for (const BoolKey* k = begin; k != end; ++k)
+    s.*(k->slot) = readBool(k->key).value_or(k->fallback);
 }
 
 platform::UInteger enrolledIdentities() {
@@ -109,13 +115,16 @@ bool contains(const std::vector<std::string>& list, const std::string& item) {
 
 void write(const char* key, id value) {
   platform::AutoreleasePool pool;
-  CFPreferencesSetAppValue(platform::cf(platform::makeString(key)), value, platform::cf(domainName()));
+  CFPreferencesSetAppValue(platform::cf(platform::makeString(key)), value,
+                           platform::cf(domainName()));
   CFPreferencesAppSynchronize(platform::cf(domainName()));
 }
 
 }  // namespace
 
-const Settings& current() { return snapshot(); }
+const Settings& current() {
+  return snapshot();
+}
 
 void load() {
   Settings& s = snapshot();
@@ -177,7 +186,9 @@ void load() {
   if (!s.biometricsInUse) publish(Note::kIdentities, s.passcode ? 1 : 0);
 }
 
-void setBiometricsInUse(bool inUse) { snapshot().biometricsInUse = inUse; }
+void setBiometricsInUse(bool inUse) {
+  snapshot().biometricsInUse = inUse;
+}
 
 void disableExperimentalAlert() {
   write("shouldShowExperimentalAlert", platform::makeBool(false));

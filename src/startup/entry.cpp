@@ -12,6 +12,7 @@
 #include "platform/foundation.h"
 #include "platform/runtime.h"
 #include "settings/controllers.h"
+#include "settings/feedback.h"
 #include "settings/notifications.h"
 #include "settings/settings.h"
 #include "startup/flags.h"
@@ -38,7 +39,8 @@ std::string bundleIdentifier() {
 }
 
 bool fileExists(const char* path) {
-  id manager = platform::sendClass<id>(platform::classNamed("NSFileManager"), Sel("defaultManager"));
+  id manager =
+      platform::sendClass<id>(platform::classNamed("NSFileManager"), Sel("defaultManager"));
   return platform::send<BOOL>(manager, Sel("fileExistsAtPath:"), platform::makeString(path)) != 0;
 }
 
@@ -91,8 +93,11 @@ void springBoardSection() {
   settings::defineSettingsControllers();
   installGroup(Group::kSpringBoard);
   settings::setBiometricsInUse(core::biometricHardwareInUse(settings::current().onlyPasscode));
+  // The first-fingerprint countdown comes with identity tracking.
+  observe(Note::kLockDeviceNow, lockDeviceNow);
   observe(Note::kDisableExperimentalAlert, settings::experimentalAlertDisabled);
   observe(Note::kShowExperimentalAlertIfNeeded, settings::showExperimentalAlertIfNeeded);
+  observe(Note::kTestGlyph, testGlyph);
   registerToken(Note::kTestGlyph);
   if (flags().isIOS8OrLater) {
     observe(Note::kLockState, lockStateChanged);
@@ -100,8 +105,12 @@ void springBoardSection() {
     registerToken(Note::kAllowInCallNames);
   }
   observe(Note::kScreenChanged, screenChanged);
+  // The photo-library request and the file request channel come with the
+  // file channel; the latter's token is registered now.
   registerToken(Note::kIpcOverride);
   observe(Note::kPrefsChanged, settings::settingsChanged);
+  observe(Note::kHapticChanged, settings::hapticChanged);
+  observe(Note::kVibrationChanged, settings::vibrationChanged);
   if (fileExists("/Library/MobileSubstrate/DynamicLibraries/Pellum.dylib")) {
     installGroup(Group::kPellum);
   }

@@ -20,13 +20,17 @@ struct FlagRule {
 const FlagRule kRules[] = {
     {VersionFlag::kIOS11, &VersionFlags::isIOS11, {"Version 11."}},
     {VersionFlag::kIOS10OrLater, &VersionFlags::isIOS10OrLater, {"Version 10.", "Version 11."}},
-    {VersionFlag::kIOS102OrLater, &VersionFlags::isIOS102OrLater,
+    {VersionFlag::kIOS102OrLater,
+     &VersionFlags::isIOS102OrLater,
      {"Version 10.2", "Version 10.3", "Version 11."}},
-    {VersionFlag::kIOS92OrLater, &VersionFlags::isIOS92OrLater,
+    {VersionFlag::kIOS92OrLater,
+     &VersionFlags::isIOS92OrLater,
      {"Version 9.2", "Version 9.3", "Version 10.", "Version 11."}},
-    {VersionFlag::kIOS9OrLater, &VersionFlags::isIOS9OrLater,
+    {VersionFlag::kIOS9OrLater,
+     &VersionFlags::isIOS9OrLater,
      {"Version 9.", "Version 10.", "Version 11."}},
-    {VersionFlag::kIOS8OrLater, &VersionFlags::isIOS8OrLater,
+    {VersionFlag::kIOS8OrLater,
+     &VersionFlags::isIOS8OrLater,
      {"Version 8.", "Version 9.", "Version 10.", "Version 11."}},
 };
 
@@ -36,7 +40,8 @@ bool versionContains(const char* text) {
   static const platform::Sel kVersionString("operatingSystemVersionString");
   platform::AutoreleasePool pool;
   id info = platform::sendClass<id>(platform::classNamed("NSProcessInfo"), kProcessInfo);
-  return platform::toString(platform::send<id>(info, kVersionString)).find(text) != std::string::npos;
+  return platform::toString(platform::send<id>(info, kVersionString)).find(text) !=
+         std::string::npos;
 }
 
 Role gRole = Role::kOther;
@@ -67,7 +72,11 @@ SpringBoardFlags& springBoardFlags() {
   return f;
 }
 
-Role role() { return gRole; }
-void setRole(Role role) { gRole = role; }
+Role role() {
+  return gRole;
+}
+void setRole(Role role) {
+  gRole = role;
+}
 
 }  // namespace kv::startup

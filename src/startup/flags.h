@@ -20,8 +20,14 @@ struct VersionFlags {
 VersionFlags& flags();
 
 // Which flag to compute.
-enum class VersionFlag { kIOS11, kIOS10OrLater, kIOS102OrLater, kIOS92OrLater, kIOS9OrLater,
-                         kIOS8OrLater };
+enum class VersionFlag {
+  kIOS11,
+  kIOS10OrLater,
+  kIOS102OrLater,
+  kIOS92OrLater,
+  kIOS9OrLater,
+  kIOS8OrLater
+};
 
 // Computes one flag from NSProcessInfo's operatingSystemVersionString, read
 // afresh for each substring test, the alternatives tried in order.

@@ -29,8 +29,8 @@ bool gCenterCreated = false;
 // The messaging centre, with every message name aimed at the controller.
 void createMessagingCenter() {
   platform::AutoreleasePool pool;
-  id center = sendClass<id>(platform::classNamed("CPDistributedMessagingCenter"), Sel("centerNamed:"),
-                            platform::makeString(core::kCenterName));
+  id center = sendClass<id>(platform::classNamed("CPDistributedMessagingCenter"),
+                            Sel("centerNamed:"), platform::makeString(core::kCenterName));
   send<void>(center, Sel("runServerOnCurrentThread"));
   id target = core::kavelinController();
   for (const char* name : core::messageNames()) {
@@ -57,8 +57,8 @@ bool passcodeStored() {
   platform::AutoreleasePool pool;
   id domain = platform::makeString(settings::kDomain);
   CFPreferencesAppSynchronize(platform::cf(domain));
-  platform::Retained value = platform::Retained::adopt(platform::ns(
-      CFPreferencesCopyAppValue(platform::cf(platform::makeString("passcode")), platform::cf(domain))));
+  platform::Retained value = platform::Retained::adopt(platform::ns(CFPreferencesCopyAppValue(
+      platform::cf(platform::makeString("passcode")), platform::cf(domain))));
   return platform::isKindOf(value.get(), "NSString");
 }
 
@@ -70,10 +70,12 @@ bool identitiesEnrolled() {
 
 bool deviceHasPasscode() {
   if (flags().isIOS10OrLater) {
-    id connection = sendClass<id>(platform::classNamed("MCProfileConnection"), Sel("sharedConnection"));
+    id connection =
+        sendClass<id>(platform::classNamed("MCProfileConnection"), Sel("sharedConnection"));
     return send<BOOL>(connection, Sel("isPasscodeSet")) != 0;
   }
-  id controller = sendClass<id>(platform::classNamed("SBDeviceLockController"), Sel("sharedController"));
+  id controller =
+      sendClass<id>(platform::classNamed("SBDeviceLockController"), Sel("sharedController"));
   return send<BOOL>(controller, Sel("deviceHasPasscodeSet")) != 0;
 }
 
@@ -90,7 +92,8 @@ id uiControllerInit(id self, SEL cmd) {
   }
   // 3-4. Whether the user can authenticate, and whether the device has a passcode.
   SpringBoardFlags& sb = springBoardFlags();
-  sb.identitiesPresent = settings::current().biometricsInUse ? identitiesEnrolled() : passcodeStored();
+  sb.identitiesPresent =
+      settings::current().biometricsInUse ? identitiesEnrolled() : passcodeStored();
   sb.devicePasscodeSet = deviceHasPasscode();
   // 5. The settings.
   settings::load();

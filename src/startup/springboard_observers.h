@@ -6,14 +6,24 @@
 namespace kv::startup {
 
 // "com.apple.springboard.lockstate": the state is read, nothing more.
-void lockStateChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef);
+void lockStateChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                      CFDictionaryRef);
 
 // "com.apple.springboard.screenchanged": reads the state; 2 means the
 // screen went dark, which is remembered.
-void screenChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef);
+void screenChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                   CFDictionaryRef);
 
 // "com.apple.springboard.finishedstartup": SpringBoard is up.
-void startupFinished(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef);
+void startupFinished(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                     CFDictionaryRef);
+
+// "net.quorvan.kavelin.lockdevicenow": the controller presses the lock button.
+void lockDeviceNow(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                   CFDictionaryRef);
+
+// "testglyph": the prompt's glyph takes the notification's state, animated.
+void testGlyph(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef);
 
 // True iff the last screen change darkened the screen.
 bool screenWentDark();

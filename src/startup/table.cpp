@@ -2,6 +2,8 @@
 // it is reported, never installed; each guard turns its rows on as it lands.
 #include "startup/table.h"
 
+#include "prompt/glyph_timing.h"
+#include "prompt/passcode_field_hooks.h"
 #include "startup/additions.h"
 #include "startup/second_stage.h"
 
@@ -62,24 +64,31 @@ const Row kCameraRows[] = {
 const Row kSpringBoardIOS10Rows[] = {
     pendingRow("NCNotificationSectionListViewController", "-viewWillAppear:"),
     pendingRow("NCNotificationSectionListViewController", "-viewDidDisappear:"),
-    pendingRow("NCBulletinNotificationSource", "-observer:addBulletin:forFeed:playLightsAndSirens:withReply:"),
+    pendingRow("NCBulletinNotificationSource",
+               "-observer:addBulletin:forFeed:playLightsAndSirens:withReply:"),
     pendingRow("NCBulletinNotificationSource", "-observer:addBulletin:forFeed:"),
     pendingRow("NCNotificationLongLookViewController", "-_handleCloseButton:"),
-    pendingRow("NCNotificationPriorityListViewController", "-notificationListCell:requestsClearingNotificationRequest:"),
-    pendingRow("NCNotificationPriorityListViewController", "-notificationListCell:requestsPerformAction:forNotificationRequest:completion:"),
-    pendingRow("NCNotificationPriorityListViewController", "-collectionView:cellForItemAtIndexPath:"),
-    pendingRow("NCNotificationPriorityListViewController", "-insertNotificationRequest:forCoalescedNotification:"),
+    pendingRow("NCNotificationPriorityListViewController",
+               "-notificationListCell:requestsClearingNotificationRequest:"),
+    pendingRow("NCNotificationPriorityListViewController",
+               "-notificationListCell:requestsPerformAction:forNotificationRequest:completion:"),
+    pendingRow("NCNotificationPriorityListViewController",
+               "-collectionView:cellForItemAtIndexPath:"),
+    pendingRow("NCNotificationPriorityListViewController",
+               "-insertNotificationRequest:forCoalescedNotification:"),
     pendingAddition("NCNotificationPriorityListViewController", "-_kv_removeAll", "v@:"),
     pendingAddition("NCNotificationPriorityListViewController", "-_kv_reInsertAll", "v@:"),
     pendingAddition("NCNotificationPriorityListViewController", "-kavelinCell", "@@:"),
     pendingAddition("NCNotificationPriorityListViewController", "-indexPathOfKavelinCell", "@@:"),
     pendingRow("SBBacklightController", "-shouldTurnOnScreenForBacklightSource:"),
-    pendingRow("SBBacklightController", "-_animateBacklightToFactor:duration:source:silently:completion:"),
+    pendingRow("SBBacklightController",
+               "-_animateBacklightToFactor:duration:source:silently:completion:"),
     pendingRow("_SBUIBiometricKitInterface", "-init"),
 };
 
 const Row kSpringBoardIOS11Rows[] = {
-    pendingRow("CCUIContentModuleContainerViewController", "-_previewInteraction:viewControllerPresentationForPresentingViewController:"),
+    pendingRow("CCUIContentModuleContainerViewController",
+               "-_previewInteraction:viewControllerPresentationForPresentingViewController:"),
     pendingRow("CCUIButtonModuleView", "-touchesEnded:withEvent:"),
     pendingRow("CCUIRoundButton", "-touchesEnded:withEvent:"),
     pendingRow("FBSystemService", "-shutdownWithOptions:"),
@@ -92,8 +101,10 @@ const Row kSpringBoardIOS11Rows[] = {
 };
 
 const Row kSpringBoardIOS8Rows[] = {
-    pendingRow("PKGlyphView", "-_minimumAnimationDurationForStateTransition"),
-    pendingRow("PKFingerprintGlyphView", "-_minimumAnimationDurationForStateTransition"),
+    replaced<&prompt::glyphMinimumDuration>("PKGlyphView",
+                                            "-_minimumAnimationDurationForStateTransition"),
+    replaced<&prompt::fingerprintGlyphMinimumDuration>(
+        "PKFingerprintGlyphView", "-_minimumAnimationDurationForStateTransition"),
 };
 
 const Row kSpringBoardRows[] = {
@@ -103,25 +114,29 @@ const Row kSpringBoardRows[] = {
     pendingRow("SBAppSwitcherReusableSnapshotView", "-layoutSubviews"),
     pendingRow("SBAppSwitcherReusableSnapshotView", "-setTransform:"),
     pendingRow("SBAppSwitcherReusableSnapshotView", "-dealloc"),
-    pendingRow("SBFluidSwitcherGestureWorkspaceTransaction", "-_runSceneLayoutTransactionForTransitionRequest:updateScenes:"),
+    pendingRow("SBFluidSwitcherGestureWorkspaceTransaction",
+               "-_runSceneLayoutTransactionForTransitionRequest:updateScenes:"),
     pendingRow("SBFluidSwitcherGestureWorkspaceTransaction", "-_didComplete"),
     pendingRow("SBMainSwitcherViewController", "-_setReturnToDisplayItem:"),
     pendingRow("SBMainSwitcherViewController", "-toggleSwitcherNoninteractivelyWithSource:"),
     pendingRow("SBMainSwitcherViewController", "-toggleSwitcherNoninteractively"),
     pendingRow("SBMainSwitcherViewController", "-switcherContentController:selectedItem:"),
-    pendingRow("SBSwitcherForcePressSystemGestureTransaction", "-_transitionRequestForPresentationWithCommitment:toNextDisplayItem:"),
+    pendingRow("SBSwitcherForcePressSystemGestureTransaction",
+               "-_transitionRequestForPresentationWithCommitment:toNextDisplayItem:"),
     pendingRow("SBApplicationShortcutMenu", "-menuContentView:activateShortcutItem:index:"),
     pendingRow("SBAppSwitcherController", "-switcherIconScroller:activate:"),
     pendingRow("SBAppSwitcherController", "-switcherScroller:itemTapped:"),
-    pendingRow("SBApplication", "-snapshotImageInfosWithImageName:sceneID:launchingSize:launchingScale:launchingOrientation:"),
+    pendingRow("SBApplication",
+               "-snapshotImageInfosWithImageName:sceneID:launchingSize:launchingScale:"
+               "launchingOrientation:"),
     pendingRow("SBApplication", "-icon:launchFromLocation:context:activationSettings:actions:"),
     pendingRow("SBApplication", "-icon:launchFromLocation:"),
     pendingRow("SBMainWorkspace", "-systemService:handleOpenApplicationRequest:withCompletion:"),
     pendingRow("SBMainWorkspace", "-_setCurrentTransactionForRequest:fallbackProvider:"),
     pendingRow("SBAppToAppWorkspaceTransaction", "-initWithAlertManager:from:to:withResult:"),
     pendingRow("SBLockScreenSlideUpToAppController", "-finalizeGesture"),
-    pendingRow("PSPasscodeField", "-insertText:"),
-    pendingAddition("PSPasscodeField", "-updateKavelinAlert", "v@:"),
+    replaced<&prompt::passcodeInsertText>("PSPasscodeField", "-insertText:"),
+    added<&prompt::updateKavelinAlert>("PSPasscodeField", "-updateKavelinAlert", "v@:"),
     pendingRow("SBLockScreenCameraController", "-_didActivate"),
     pendingRow("SBUIIconForceTouchViewController", "-presentAnimated:withCompletionHandler:"),
     pendingRow("SBIconController", "-setIsEditing:withFeedbackBehavior:"),
@@ -133,7 +148,8 @@ const Row kSpringBoardRows[] = {
     pendingRow("SBAppSliderSnapshotView", "-_cgImageForSnapshotInfo:"),
     pendingRow("SBAppSliderSnapshotView", "-_cgImageForSnapshotInfo:downscaled:"),
     pendingRow("SBAppSliderSnapshotView", "-_loadImageAsyncFromSnapshotInfo:"),
-    pendingRow("SBAppSwitcherSnapshotView", "-_crossfadeToZoomUpViewIfNecessaryForTransitionRequest:"),
+    pendingRow("SBAppSwitcherSnapshotView",
+               "-_crossfadeToZoomUpViewIfNecessaryForTransitionRequest:"),
     pendingRow("SBAppSwitcherSnapshotView", "-_viewPresenting:"),
     pendingRow("SBAppSwitcherSnapshotView", "-_crossfadeToZoomUpViewIfNecessary"),
     pendingRow("SBAppSwitcherSnapshotView", "-layoutSubviews"),
@@ -157,12 +173,19 @@ const Row kSpringBoardRows[] = {
     pendingRow("SpringBoard", "-relaunchSpringBoard"),
     pendingRow("SpringBoard", "-_menuButtonDown:"),
     pendingRow("SpringBoard", "-_menuButtonUp:"),
-    pendingRow("SpringBoard", "-applicationOpenURL:withApplication:sender:publicURLsOnly:animating:needsPermission:activationContext:activationHandler:"),
-    pendingRow("SpringBoard", "-_openURLCore:display:animating:sender:activationSettings:withResult:"),
-    pendingRow("SpringBoard", "-_openURLCore:display:animating:sender:additionalActivationFlags:activationHandler:"),
-    pendingRow("SpringBoard", "-_openURLCore:display:animating:sender:activationContext:activationHandler:"),
+    pendingRow("SpringBoard",
+               "-applicationOpenURL:withApplication:sender:publicURLsOnly:animating:"
+               "needsPermission:activationContext:activationHandler:"),
+    pendingRow("SpringBoard",
+               "-_openURLCore:display:animating:sender:activationSettings:withResult:"),
+    pendingRow(
+        "SpringBoard",
+        "-_openURLCore:display:animating:sender:additionalActivationFlags:activationHandler:"),
+    pendingRow("SpringBoard",
+               "-_openURLCore:display:animating:sender:activationContext:activationHandler:"),
     pendingRow("SBUserAgent", "-_openApplication:withURL:fromSource:animated:options:"),
-    pendingRow("SBUserAgent", "-launchFromPushOrLocalBulletin:actionIdentifier:userResponse:origin:"),
+    pendingRow("SBUserAgent",
+               "-launchFromPushOrLocalBulletin:actionIdentifier:userResponse:origin:"),
     pendingRow("SBUserAgent", "-launchFromPushOrLocalBulletin:actionIdentifier:origin:"),
     pendingRow("SBUserAgent", "-launchFromPushOrLocalBulletin:origin:"),
     pendingRow("SBUILongNumericPasscodeEntryField", "-_okButtonHit"),
@@ -171,7 +194,8 @@ const Row kSpringBoardRows[] = {
     pendingRow("SBFolderIcon", "-launchFromLocation:"),
     pendingRow("SBFolderIcon", "-launchFromLocation:context:"),
     pendingRow("SBFolderIcon", "-launchFromLocation:context:activationSettings:actions:"),
-    pendingRow("SBWorkspace", "-workspace:handleOpenApplicationRequest:withOptions:origin:withResult:"),
+    pendingRow("SBWorkspace",
+               "-workspace:handleOpenApplicationRequest:withOptions:origin:withResult:"),
     pendingRow("CCUIControlCenterPushButton", "-_pressAction"),
     pendingRow("SBControlCenterButton", "-_pressAction"),
     pendingRow("SBUIControlCenterButton", "-_pressAction"),
@@ -185,7 +209,8 @@ const Row kSpringBoardRows[] = {
     pendingRow("SBUIController", "-activateApplicationAnimated:"),
     pendingRow("SBUIController", "-activateApplication:"),
     pendingRow("SBUIController", "-finishLaunching"),
-    pendingRow("SBUIController", "-appSwitcher:wantsToActivateDisplayLayout:displayIDsToURLs:displayIDsToActions:"),
+    pendingRow("SBUIController",
+               "-appSwitcher:wantsToActivateDisplayLayout:displayIDsToURLs:displayIDsToActions:"),
     pendingRow("SBUIController", "-appSwitcher:wantsToActivateApplication:"),
     pendingRow("SBUIController", "-_toggleSwitcher"),
     replaced<&uiControllerInit>("SBUIController", "-init"),
@@ -231,6 +256,8 @@ void installGroup(Group group) {
   for (const auto& record : platform::installRows(rowsOf(group))) report().push_back(record);
 }
 
-const std::vector<platform::InstallRecord>& installReport() { return report(); }
+const std::vector<platform::InstallRecord>& installReport() {
+  return report();
+}
 
 }  // namespace kv::startup

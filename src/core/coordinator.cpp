@@ -1,0 +1,294 @@
+// The authentication coordinator: deferral, the prompt, success and cancel.
+#include "core/coordinator.h"
+
+#include "core/device.h"
+#include "core/matching.h"
+#include "core/session.h"
+#include "core/state.h"
+#include "core/texts.h"
+#include "platform/foundation.h"
+#include "platform/invocation.h"
+#include "platform/runtime.h"
+#include "settings/bundle.h"
+#include "settings/notifications.h"
+#include "settings/settings.h"
+#include "startup/flags.h"
+
+namespace kv::core {
+
+namespace {
+
+using platform::Retained;
+using platform::Sel;
+using platform::send;
+using platform::sendIfResponds;
+using settings::Note;
+
+constexpr double kRetryInterval = 0.1;
+constexpr platform::Integer kCancelButton = 0;
+constexpr platform::Integer kSuccessButton = 2;
+
+// The prompt's message: room for the glyph and the item line, then the text.
+id promptMessage() {
+  return platform::makeString(blankLines() +
+                              (biometricsInUse() ? authenticateText() : passcodeText()));
+}
+
+// A new prompt, not yet shown: title, message, Cancel, and "Enter passcode"
+// on a device with biometrics when a passcode is stored.
+Retained newPrompt() {
+  id cancel = settings::localized("CANCEL", "Cancel");
+  id alert =
+      send<id>(platform::sendClass<id>(platform::classNamed("KavelinAlertView"), Sel("alloc")),
+               Sel("initWithTitle:message:delegate:cancelButtonTitle:otherButtonTitles:"),
+               platform::makeString("Kavelin"), promptMessage(), controller(), cancel, id{nullptr});
+  Retained prompt = Retained::adopt(alert);
+  if (biometricsInUse() && settings::current().passcode) {
+    send<platform::Integer>(prompt.get(), Sel("addButtonWithTitle:"),
+                            platform::makeString("Enter passcode"));
+  }
+  return prompt;
+}
+
+// Dismisses the prompt with a button index, as the platform would after a tap.
+void dismissPrompt(platform::Integer index, bool animated) {
+  send<void>(state().kavelinAlert.get(), Sel("dismissWithClickedButtonIndex:animated:"), index,
+             static_cast<BOOL>(animated ? 1 : 0));
+}
+
+// The application object answers the reboot, power-down and respring.
+void reboot() {
+  id app = application();
+  if (platform::respondsTo(app, Sel("_rebootNow"))) {
+    send<void>(app, Sel("_rebootNow"));
+  } else {
+    sendIfResponds(app, Sel("_rebootNow:"), id{nullptr});
+  }
+}
+void powerDown() {
+  if (startup::flags().isIOS11) {
+    sendIfResponds(application(), Sel("powerDownRequested:"), id{nullptr});
+  } else {
+    sendIfResponds(application(), Sel("powerDown"));
+  }
+}
+
+// Drops everything one prompt held or borrowed.
+void dropPromptState() {
+  CoordinatorState& s = state();
+  s.cameraPhotosPending = false;
+  s.cameraPhotos9Pending = false;
+  s.failedAttempts = 0;
+  if (s.matchOperation) sendIfResponds(s.matchOperation.get(), Sel("cancel"));
+  s.matchOperation.reset();
+  s.invocation.reset();
+  s.urlInvocation.reset();
+  s.pendingReboot = false;
+  s.pendingPowerDown = false;
+  s.pendingRespring = false;
+  s.presenceSeen = false;
+  s.matchSucceeded = false;
+  s.passcodeWasVisible = false;
+  forgetSuccessUnderway();
+  if (s.cameraViewController)
+    sendIfResponds(s.cameraViewController.get(), Sel("tearDownCameraUIImmediately"));
+  s.cameraViewController.reset();
+  s.pendingURL.reset();
+  s.lastAuthenticationTime = 0;
+  s.lockAfterCancel = false;
+}
+
+}  // namespace
+
+void setInvocation(id invocation) {
+  state().invocation.reset(invocation);
+}
+
+void setUrlInvocation(id invocation, id url) {
+  state().urlInvocation.reset(invocation);
+  state().pendingURL.reset(url);
+}
+
+void setRestrictedTitle(id title) {
+  state().restrictedTitle = Retained::adopt(send<id>(title, Sel("copy")));
+}
+
+void setRestrictedTitle(const std::string& title) {
+  platform::AutoreleasePool pool;
+  setRestrictedTitle(platform::makeString(title));
+}
+
+bool somethingPending() {
+  const CoordinatorState& s = state();
+  return s.invocation || s.urlInvocation || s.cameraPhotosPending || s.cameraPhotos9Pending;
+}
+
+bool promptVisible() {
+  return state().kavelinAlert && send<BOOL>(state().kavelinAlert.get(), Sel("isVisible")) != 0;
+}
+
+void performLater(const char* selector, double delay) {
+  send<void>(controller(), Sel("performSelector:withObject:afterDelay:"),
+             platform::selector(selector), id{nullptr}, delay);
+}
+
+void cancelPerform(const char* selector) {
+  platform::sendClass<void>(platform::classNamed("NSObject"),
+                            Sel("cancelPreviousPerformRequestsWithTarget:selector:object:"),
+                            controller(), platform::selector(selector), id{nullptr});
+}
+
+void showAlert() {
+  CoordinatorState& s = state();
+  platform::AutoreleasePool pool;
+  // 1. A fresh prompt has seen no finger yet; the tapped icon stops glowing.
+  s.presenceSeen = false;
+  Class iconController = platform::classNamed("SBIconController");
+  if (platform::instancesRespondTo(iconController, Sel("clearHighlightedIcon"))) {
+    send<void>(platform::sendClass<id>(iconController, Sel("sharedInstance")),
+               Sel("clearHighlightedIcon"));
+  }
+  // 2. One prompt at a time: try again once the visible one has gone.
+  if (promptVisible()) {
+    performLater("showAlert", kRetryInterval);
+    return;
+  }
+  // 3. The sensor, taken from the lock screen for this prompt.
+  if (biometricsInUse()) beginMatchingForPrompt();
+  // 4-5. The prompt with its texts.
+  Retained prompt = newPrompt();
+  if (!prompt) return;  // no prompt class in this process: nothing can be shown
+  // 6. The item it names.
+  if (s.restrictedTitle) {
+    send<void>(prompt.get(), Sel("setInRestrictTitle:"), s.restrictedTitle.get());
+    s.restrictedTitle.reset();
+  }
+  // 7. On screen.
+  s.kavelinAlert = std::move(prompt);
+  s.cleanedAlert = nullptr;
+  send<void>(s.kavelinAlert.get(), Sel("show"));
+  s.hasVisibleAlert = true;
+}
+
+void authenticateForIdentifier(id identifier, id target, SEL sel, id argumentPointers) {
+  // 1. The invocation from the target's own signature.
+  Retained invocation = platform::newInvocation(target, sel);
+  if (!invocation) {
+    systemLog(std::string("Kavelin: nothing to hold back for ") + platform::toString(identifier) +
+              ": " + platform::classNameOf(target) + " does not answer -" +
+              platform::selectorName(sel));
+    return;
+  }
+  // 2. Its arguments from index 2 on, each read through its pointer.
+  for (platform::UInteger i = 0; i < platform::arrayCount(argumentPointers); ++i) {
+    void* pointer = send<void*>(platform::arrayObjectAt(argumentPointers, i), Sel("pointerValue"));
+    if (pointer != nullptr) platform::setInvocationArgument(invocation.get(), pointer, i + 2);
+  }
+  // 3. Kept, named, shown.
+  platform::retainArguments(invocation.get());
+  setInvocation(invocation.get());
+  setRestrictedTitle(identifier);
+  showAlert();
+}
+
+void succeed() {
+  CoordinatorState& s = state();
+  platform::AutoreleasePool pool;
+  forgetSuccessUnderway();
+  // 1. When.
+  s.lastAuthenticationTime = now();
+  // 2-4. A power action waiting for authentication goes first, alone.
+  if (s.pendingReboot || s.pendingPowerDown || s.pendingRespring) {
+    if (s.pendingReboot) {
+      reboot();
+    } else if (s.pendingPowerDown) {
+      powerDown();
+    } else {
+      sendIfResponds(application(), Sel("_relaunchSpringBoardNow"));
+    }
+    dismissPrompt(kSuccessButton, false);
+    return;
+  }
+  // 5-6. A camera request, else the held-back action. The action is still
+  //      held while it runs, so that the guards let the replay through.
+  if (s.cameraPhotosPending) {
+    s.cameraPhotosPending = false;
+    settings::post(Note::kAllowedInCamPhotos);
+  } else if (s.cameraPhotos9Pending) {
+    s.cameraPhotos9Pending = false;
+    settings::post(Note::kAllowedInCamPhotos9);
+  } else if (s.invocation) {
+    Retained invocation = s.invocation;
+    platform::invoke(invocation.get());
+    if (s.invocation.get() == invocation.get()) s.invocation.reset();
+  } else if (s.urlInvocation) {
+    // The URL is let go first, so that its open is no longer a repeat.
+    s.pendingURL.reset();
+    Retained invocation = s.urlInvocation;
+    platform::invoke(invocation.get());
+    if (s.urlInvocation.get() == invocation.get()) s.urlInvocation.reset();
+  }
+  // 7. The sensor goes back to the lock screen.
+  if (biometricsInUse()) endMatchingAfterSuccess();
+  // 8. The session, and whether it lasts.
+  s.hasVisibleAlert = false;
+  sessionUnlocked() = true;
+  settings::publish(Note::kGracePeriod, settings::current().keepSession ? 1 : 0);
+  // 9. The prompt goes.
+  dismissPrompt(kSuccessButton, true);
+  s.failedAttempts = 0;
+  s.kavelinAlert.reset();
+}
+
+void cleanupAlertAndRemoveObserver() {
+  CoordinatorState& s = state();
+  platform::AutoreleasePool pool;
+  s.cleanedAlert = s.kavelinAlert.get();
+  // 1. A force-touch menu put away for the prompt hears that it is gone.
+  if (s.forceTouchOwner) {
+    sendIfResponds(s.forceTouchOwner.get(), Sel("iconForceTouchViewControllerDidDismiss:"),
+                   s.forceTouchArgument.get());
+    s.forceTouchOwner.reset();
+    s.forceTouchArgument.reset();
+  }
+  // 2. No prompt any more.
+  s.hasVisibleAlert = false;
+  // 3. The sensor goes back.
+  if (biometricsInUse()) endMatchingAfterCancel();
+  // 4. Nothing held back outlives the prompt.
+  dropPromptState();
+  // 5. The screen as it was; other processes drop their requests.
+  restoreBacklight();
+  settings::post(Note::kAlertCancelled);
+}
+
+void cleanupOnce(id alert) {
+  if (alert != nullptr && alert == state().cleanedAlert) return;
+  cleanupAlertAndRemoveObserver();
+}
+
+void giveUp() {
+  CoordinatorState& s = state();
+  platform::AutoreleasePool pool;
+  Retained prompt = s.kavelinAlert;
+  // The cleanup drops what was held back, the borrowed sensor, the pending
+  // flags and the match operation, and gives the brightness back.
+  cleanupAlertAndRemoveObserver();
+  sendIfResponds(prompt.get(), Sel("killAnimations"));
+  send<void>(prompt.get(), Sel("dismissWithClickedButtonIndex:animated:"), kCancelButton, BOOL{0});
+  if (startup::flags().isIOS10OrLater) pressLockButton();
+}
+
+void restoreBacklight() {
+  CoordinatorState& s = state();
+  Class backlight = platform::classNamed("SBBacklightController");
+  if (s.savedBacklightFactor == 0 ||
+      !platform::instancesRespondTo(backlight, Sel("setBacklightFactor:source:"))) {
+    return;
+  }
+  send<void>(platform::sendClass<id>(backlight, Sel("sharedInstance")),
+             Sel("setBacklightFactor:source:"), s.savedBacklightFactor, 0L);
+  s.savedBacklightFactor = 0;
+}
+
+}  // namespace kv::core

@@ -1,0 +1,183 @@
+// What is protected and when authentication is due.
+#include "core/policy.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "core/session.h"
+#include "core/state.h"
+#include "core/wifi.h"
+#include "platform/foundation.h"
+#include "platform/functions.h"
+#include "platform/runtime.h"
+#include "settings/settings.h"
+#include "startup/flags.h"
+
+namespace kv::core {
+
+namespace {
+
+using platform::Sel;
+using platform::send;
+using settings::Note;
+
+constexpr const char* kNewsstand = "newsstand";
+
+bool contains(const std::vector<std::string>& list, const std::string& item) {
+  return std::find(list.begin(), list.end(), item) != list.end();
+}
+
+bool inProtectedFolders(id name) {
+  auto text = platform::stringOf(name);
+  return text && contains(settings::current().protectedFolders, *text);
+}
+
+bool isNewsstand(id folder) {
+  return folder != nullptr && std::strcmp(platform::classNameOf(folder), "SBNewsstandFolder") == 0;
+}
+
+// The bundle identifiers of the apps on a folder's pages.
+id folderBundleIdentifiers(id folder) {
+  id identifiers = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
+  id lists =
+      platform::respondsTo(folder, Sel("iconLists")) ? send<id>(folder, Sel("iconLists")) : nullptr;
+  for (platform::UInteger l = 0; l < platform::arrayCount(lists); ++l) {
+    id list = platform::arrayObjectAt(lists, l);
+    id icons = platform::respondsTo(list, Sel("icons")) ? send<id>(list, Sel("icons")) : nullptr;
+    for (platform::UInteger i = 0; i < platform::arrayCount(icons); ++i) {
+      id icon = platform::arrayObjectAt(icons, i);
+      if (!platform::respondsTo(icon, Sel("applicationBundleID"))) continue;
+      id identifier = send<id>(icon, Sel("applicationBundleID"));
+      if (identifier != nullptr) send<void>(identifiers, Sel("addObject:"), identifier);
+    }
+  }
+  return identifiers;
+}
+
+// One folder as the settings pane lists it.
+id folderEntry(id folder) {
+  id entry =
+      platform::sendClass<id>(platform::classNamed("NSMutableDictionary"), Sel("dictionary"));
+  auto put = [entry](const char* key, id value) {
+    if (value != nullptr)
+      send<void>(entry, Sel("setObject:forKey:"), value, platform::makeString(key));
+  };
+  put("displayName", isNewsstand(folder) ? platform::makeString(kNewsstand)
+                                         : platform::valueForKeyIfPresent(folder, "displayName"));
+  put("defaultDisplayName", platform::valueForKeyIfPresent(folder, "defaultDisplayName"));
+  put("folderType", platform::valueForKeyIfPresent(folder, "folderType"));
+  id identifiers = folderBundleIdentifiers(folder);
+  if (platform::arrayCount(identifiers) > 0) put("bundleIdentifiers", identifiers);
+  return entry;
+}
+
+// The permissions, each with the notification that carries it to the process that asked.
+constexpr Permission kPermissions[] = {
+    {"allowPrefsEnter", Note::kAllowedToEnter},
+    {"allowPrefsEnter11", Note::kAllowedToEnter11},
+    {"allowPrefsEnteriPad", Note::kAllowedToEnteriPad},
+    {"allowWiFiEnter", Note::kAllowedToEnterWiFi},
+    {"allowAirplaneModeInPreferences", Note::kAllowedAirplane},
+    {"allowResetIcons", Note::kAllowedResetIcons},
+    {"allowToDeleteAppInPreferences", Note::kAllowedToDelete},
+    {"allowLanguageRestart", Note::kAllowedLanguageRestart},
+    {"allowCameraIOS11", Note::kAllowedInCamPhotos11},
+    {"resetPasscode", Note::kPasscodeReset},
+};
+
+}  // namespace
+
+bool requiresAuthenticationForIdentifier(const std::string& identifier) {
+  return contains(settings::current().protectedApps, identifier);
+}
+
+bool requiresAuthenticationForOpeningFolder(id folder) {
+  if (folder == nullptr) return false;
+  // 1. The Newsstand folder goes by its fixed entry.
+  if (isNewsstand(folder) && contains(settings::current().protectedFolders, kNewsstand))
+    return true;
+  // 2. Its display name.
+  if (platform::respondsTo(folder, Sel("displayName")) &&
+      inProtectedFolders(send<id>(folder, Sel("displayName")))) {
+    return true;
+  }
+  // 3. Its default display name; a folder without one is not protected.
+  id defaultName = platform::valueForKeyIfPresent(folder, "defaultDisplayName");
+  return defaultName != nullptr && inProtectedFolders(defaultName);
+}
+
+bool isOnTrustedWiFi() {
+  // 1. The trusted networks, fresh from the domain.
+  std::vector<settings::TrustedNetwork> trusted = settings::readAllowedWiFis();
+  if (trusted.empty()) return false;
+  // 2. The network the device is on.
+  id manager =
+      platform::sendClass<id>(platform::classNamed("SBWiFiManager"), Sel("sharedInstance"));
+  id network = platform::ivar<id>(manager, "_currentNetwork").value_or(nullptr);
+  if (network == nullptr) return false;
+  // 3. Its BSSID, through the Wi-Fi framework.
+  WiFiNetworkGetPropertyFn getProperty = wifiNetworkGetProperty();
+  if (getProperty == nullptr) return false;
+  platform::AutoreleasePool pool;
+  auto bssid = platform::stringOf(
+      platform::ns(getProperty(network, platform::cf(platform::makeString("BSSID")))));
+  if (!bssid) return false;
+  // 4. Only the BSSID decides; the stored name is for the settings pane.
+  return std::any_of(trusted.begin(), trusted.end(),
+                     [&](const settings::TrustedNetwork& n) { return n.bssid == *bssid; });
+}
+
+id foldersRepresentation() {
+  id folders = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
+  id controller =
+      platform::sendClass<id>(platform::classNamed("SBIconController"), Sel("sharedInstance"));
+  id root = platform::respondsTo(controller, Sel("rootFolder"))
+                ? send<id>(controller, Sel("rootFolder"))
+                : nullptr;
+  id icons =
+      platform::respondsTo(root, Sel("folderIcons")) ? send<id>(root, Sel("folderIcons")) : nullptr;
+  for (platform::UInteger i = 0; i < platform::arrayCount(icons); ++i) {
+    id icon = platform::arrayObjectAt(icons, i);
+    id folder = platform::respondsTo(icon, Sel("folder")) ? send<id>(icon, Sel("folder")) : nullptr;
+    if (folder != nullptr) send<void>(folders, Sel("addObject:"), folderEntry(folder));
+  }
+  return folders;
+}
+
+bool wayToAuthenticate() {
+  if (!settings::current().biometricsInUse) return settings::current().passcode.has_value();
+  platform::AutoreleasePool pool;
+  id kit = platform::sendClass<id>(platform::classNamed("BiometricKit"), Sel("manager"));
+  return platform::arrayCount(platform::sendIfResponds<id>(kit, Sel("identities:"), id{nullptr})) >
+         0;
+}
+
+bool sessionExists() {
+  return settings::current().keepSession && sessionUnlocked();
+}
+
+bool relockRequired() {
+  const startup::SpringBoardFlags& sb = startup::springBoardFlags();
+  return !sb.identitiesPresent && sb.devicePasscodeSet;
+}
+
+std::span<const Permission> permissions() {
+  return kPermissions;
+}
+
+bool grantPermission(const char* selector) {
+  for (const auto& p : kPermissions) {
+    if (std::strcmp(p.selector, selector) != 0) continue;
+    // The language-change respring is let through by the restart guard.
+    if (p.note == Note::kAllowedLanguageRestart) state().languageRestartAllowed = true;
+    settings::post(p.note);
+    return true;
+  }
+  return false;
+}
+
+void allowPhotoLibraryAccess(int value) {
+  settings::publish(Note::kPhotoLibraryAuthorized, static_cast<uint32_t>(value));
+}
+
+}  // namespace kv::core

@@ -1,0 +1,102 @@
+// What other code asks of the coordinator directly.
+#include "core/requests.h"
+
+#include <string>
+
+#include "core/coordinator.h"
+#include "core/device.h"
+#include "core/texts.h"
+#include "platform/foundation.h"
+#include "platform/invocation.h"
+#include "platform/runtime.h"
+#include "settings/notifications.h"
+#include "startup/flags.h"
+
+namespace kv::core {
+
+namespace {
+
+using platform::Integer;
+using platform::Retained;
+using platform::Sel;
+using platform::send;
+using platform::sendIfResponds;
+
+// The screen-changed state that means SpringBoard's own screen shows.
+constexpr uint64_t kSpringBoardShowing = 2;
+constexpr Integer kHomeScreenLocation = 0;
+
+void folderLog(id folder, const char* reason) {
+  systemLog("Kavelin API: -authenticateForOpeningFolder:" +
+            platform::toString(sendIfResponds<id>(folder, Sel("description"))) +
+            " - Not authenticating because " + reason);
+}
+
+// The folder icon's launch, with the arguments of a tap on the home screen,
+// in the richest form this system's folder icons have.
+Retained folderLaunch(id icon) {
+  const Sel kWithSettings("launchFromLocation:context:activationSettings:actions:");
+  const Sel kWithContext("launchFromLocation:context:");
+  const Sel kPlain("launchFromLocation:");
+  Retained invocation;
+  if (platform::respondsTo(icon, kWithSettings)) {
+    invocation = platform::invocationOf(icon, kWithSettings, kHomeScreenLocation, id{nullptr},
+                                        id{nullptr}, id{nullptr});
+  } else if (platform::respondsTo(icon, kWithContext)) {
+    invocation = platform::invocationOf(icon, kWithContext, kHomeScreenLocation, id{nullptr});
+  } else {
+    invocation = platform::invocationOf(icon, kPlain, kHomeScreenLocation);
+  }
+  return invocation;
+}
+
+}  // namespace
+
+void launchApplicationWithIdentifier(id bundleIdentifier) {
+  platform::AutoreleasePool pool;
+  BOOL suspended = 0;
+  id arguments = platform::makeArray(
+      {platform::pointerValue(&bundleIdentifier), platform::pointerValue(&suspended)});
+  authenticateForIdentifier(bundleIdentifier, application(),
+                            Sel("launchApplicationWithIdentifier:suspended:"), arguments);
+}
+
+void authenticateForOpeningFolder(id folder) {
+  platform::AutoreleasePool pool;
+  // 1. Only while SpringBoard's own screen shows.
+  if (settings::stateOf(settings::Note::kScreenChanged) != kSpringBoardShowing) {
+    folderLog(folder, "SpringBoard is not visible");
+    return;
+  }
+  // 2. Only a folder on the page the user sees.
+  id icon = sendIfResponds<id>(folder, Sel("icon"));
+  id iconController =
+      platform::sendClass<id>(platform::classNamed("SBIconController"), Sel("sharedInstance"));
+  id page = sendIfResponds<id>(iconController, Sel("currentRootIconList"));
+  id icons = sendIfResponds<id>(page, Sel("icons"));
+  if (icon == nullptr || sendIfResponds<BOOL>(icons, Sel("containsObject:"), icon) == 0) {
+    folderLog(folder, "folder is not in visible icon list.");
+    return;
+  }
+  // 3. Not one that is open already.
+  if (sendIfResponds<BOOL>(folder, Sel("isOpen")) != 0) {
+    folderLog(folder, "folder is already open.");
+    return;
+  }
+  // 4. Its launch, held back behind a prompt naming it.
+  Retained invocation = folderLaunch(icon);
+  if (!invocation) return;
+  platform::retainArguments(invocation.get());
+  setInvocation(invocation.get());
+  id name = platform::respondsTo(icon, Sel("displayNameForLocation:"))
+                ? send<id>(icon, Sel("displayNameForLocation:"), kHomeScreenLocation)
+                : sendIfResponds<id>(icon, Sel("displayName"));
+  setRestrictedTitle(name);
+  showAlert();
+}
+
+void lockDeviceFromNotification() {
+  if (startup::role() == startup::Role::kSpringBoard) pressLockButton();
+}
+
+}  // namespace kv::core

@@ -1,0 +1,85 @@
+// Device feedback: haptic and vibration.
+#include "settings/feedback.h"
+
+#include <dlfcn.h>
+
+#include "platform/foundation.h"
+#include "platform/retained.h"
+#include "platform/runtime.h"
+#include "settings/notifications.h"
+#include "settings/settings.h"
+
+namespace kv::settings {
+
+namespace {
+
+using platform::Sel;
+
+using FigVibratorInitializeFn = void (*)();
+using FigVibratorPlayFn = void (*)(CFDictionaryRef pattern, int, int);
+
+// The sample pattern: half a second, on for 0.4, off for 0.1.
+id vibrationPattern() {
+  id pattern =
+      platform::sendClass<id>(platform::classNamed("NSMutableDictionary"), Sel("dictionary"));
+  auto put = [pattern](const char* key, id value) {
+    platform::send<void>(pattern, Sel("setObject:forKey:"), value, platform::makeString(key));
+  };
+  put("TotalDuration", platform::makeReal(0.5));
+  put("OnDuration", platform::makeReal(0.4));
+  put("OffDuration", platform::makeReal(0.1));
+  put("Intensity", platform::makeInteger(1));
+  return pattern;
+}
+
+// The notification of a haptic level: only 1 and 2 are soft and medium.
+Note hapticNote(int level) {
+  if (level == 1) return Note::kHapticSoft;
+  if (level == 2) return Note::kHapticMedium;
+  return Note::kHapticStrong;
+}
+
+}  // namespace
+
+void playHaptic(int level) {
+  if (level != 0) post(hapticNote(level));
+}
+
+void playVibration() {
+  post(Note::kVibrate);
+}
+
+void hapticChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                   CFDictionaryRef) {
+  // 1. The level as stored now; 2. felt at once; 3. then every setting.
+  int level = 2;
+  {
+    platform::AutoreleasePool pool;
+    id domain = platform::makeString(kDomain);
+    CFPreferencesAppSynchronize(platform::cf(domain));
+    platform::Retained value = platform::Retained::adopt(platform::ns(CFPreferencesCopyAppValue(
+        platform::cf(platform::makeString("haptic")), platform::cf(domain))));
+    if (platform::isKindOf(value.get(), "NSNumber"))
+      level = platform::send<int>(value.get(), Sel("intValue"));
+  }
+  // The sample plays the stored level as it stands: 0 is no level, strong.
+  post(hapticNote(level));
+  load();
+}
+
+void vibrationChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                      CFDictionaryRef) {
+  load();
+  if (!current().vibrateOnError) return;
+  auto initialize =
+      reinterpret_cast<FigVibratorInitializeFn>(dlsym(RTLD_DEFAULT, "FigVibratorInitialize"));
+  if (initialize == nullptr) return;
+  initialize();
+  auto play = reinterpret_cast<FigVibratorPlayFn>(
+      dlsym(RTLD_DEFAULT, "FigVibratorPlayVibrationWithDictionary"));
+  if (play == nullptr) return;
+  platform::AutoreleasePool pool;
+  play(reinterpret_cast<CFDictionaryRef>(vibrationPattern()), 0, 0);
+}
+
+}  // namespace kv::settings
