@@ -747,7 +747,8 @@ void addMethods(Class cls, const CatalogClass& row) {
     if (alreadyHas(cls, sel, classSide)) continue;
     IMP imp = recorderFor(method);
     if (imp == nullptr) continue;
-    class_addMethod(classSide ? platform::metaclassOf(cls) : cls, sel, imp, method.types);
+    class_addMethod(classSide ? platform::metaclassOf(cls) : cls, sel, imp,
+                    host::runtimeTypes(method.types).c_str());
   }
 }
 

@@ -36,10 +36,18 @@ Class ClassBuilder::build() {
   }
   for (const auto& m : methods_) {
     Class target = m.classSide ? platform::metaclassOf(cls) : cls;
-    class_addMethod(target, platform::selector(m.selector.c_str()), m.imp, m.types.c_str());
+    class_addMethod(target, platform::selector(m.selector.c_str()), m.imp,
+                    runtimeTypes(m.types).c_str());
   }
   objc_registerClassPair(cls);
   return cls;
+}
+
+std::string runtimeTypes(const std::string& types) {
+  std::string out = types;
+  for (size_t at = out.find("@?"); at != std::string::npos; at = out.find("@?", at + 1))
+    out.erase(at + 1, 1);
+  return out;
 }
 
 id newObject(Class cls) {

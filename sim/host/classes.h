@@ -39,6 +39,12 @@ class ClassBuilder {
   std::vector<std::string> ivarTypes_;
 };
 
+// A method encoding as this process's Foundation can read it: a block
+// argument's "@?" (how a device encodes it) becomes "@". GNUstep's method
+// signatures stop at "@?", which would make every stored call of such a
+// method abort; blocks are objects in a host (blocks.h), so "@" is what they are.
+std::string runtimeTypes(const std::string& types);
+
 template <typename F>
 IMP imp(F* f) {
   return reinterpret_cast<IMP>(f);

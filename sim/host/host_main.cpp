@@ -11,6 +11,7 @@
 #include "platform/foundation.h"
 #include "sim/frameworks/frameworks.h"
 #include "sim/host/actions.h"
+#include "sim/host/blocks.h"
 #include "sim/host/fs_redirect.h"
 #include "sim/host/link.h"
 #include "sim/host/profile.h"
@@ -38,6 +39,7 @@ Value::Dictionary hello(const Value& command) {
 
   kv::platform::AutoreleasePool pool;
   host::applyProfile();
+  host::installBlockClasses();
   for (const auto& problem : host::installVirtualTime()) host::logEvent("error", "clock: " + problem);
   host::defineMessagingCenter();
   host::defineProbe();
