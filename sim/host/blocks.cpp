@@ -50,6 +50,9 @@ void blockRelease(id self, SEL) {
 id blockCopy(id self, SEL) {
   return static_cast<id>(const_cast<void*>(_Block_copy(self)));
 }
+id blockCopyWithZone(id self, SEL cmd, void*) {
+  return blockCopy(self, cmd);
+}
 id blockAutorelease(id self, SEL) {
   if (onHeap(self)) {
     platform::sendClass<void>(platform::classNamed("NSAutoreleasePool"),
@@ -75,6 +78,8 @@ void install(const BlockClass& kind) {
   class_addMethod(built, platform::selector("autorelease"), reinterpret_cast<IMP>(blockAutorelease),
                   "@@:");
   class_addMethod(built, platform::selector("copy"), reinterpret_cast<IMP>(blockCopy), "@@:");
+  class_addMethod(built, platform::selector("copyWithZone:"),
+                  reinterpret_cast<IMP>(blockCopyWithZone), "@@:^v");
   size_t size = std::min(malloc_usable_size(built), sizeof(_NSConcreteStackBlock));
   std::memcpy(kind.storage, built, size);
   objc_registerClassPair(reinterpret_cast<Class>(kind.storage));

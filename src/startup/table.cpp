@@ -4,6 +4,11 @@
 
 #include "prompt/glyph_timing.h"
 #include "prompt/passcode_field_hooks.h"
+#include "springboard/launch_agent.h"
+#include "springboard/launch_icons.h"
+#include "springboard/launch_other.h"
+#include "springboard/launch_urls.h"
+#include "springboard/launch_workspace.h"
 #include "startup/additions.h"
 #include "startup/second_stage.h"
 
@@ -120,20 +125,27 @@ const Row kSpringBoardRows[] = {
     pendingRow("SBMainSwitcherViewController", "-_setReturnToDisplayItem:"),
     pendingRow("SBMainSwitcherViewController", "-toggleSwitcherNoninteractivelyWithSource:"),
     pendingRow("SBMainSwitcherViewController", "-toggleSwitcherNoninteractively"),
-    pendingRow("SBMainSwitcherViewController", "-switcherContentController:selectedItem:"),
-    pendingRow("SBSwitcherForcePressSystemGestureTransaction",
-               "-_transitionRequestForPresentationWithCommitment:toNextDisplayItem:"),
-    pendingRow("SBApplicationShortcutMenu", "-menuContentView:activateShortcutItem:index:"),
+    replaced<&springboard::switcherSelectedItem>("SBMainSwitcherViewController",
+                                                 "-switcherContentController:selectedItem:"),
+    replaced<&springboard::forcePressTransition>(
+        "SBSwitcherForcePressSystemGestureTransaction",
+        "-_transitionRequestForPresentationWithCommitment:toNextDisplayItem:"),
+    replaced<&springboard::shortcutActivate>("SBApplicationShortcutMenu",
+                                             "-menuContentView:activateShortcutItem:index:"),
     pendingRow("SBAppSwitcherController", "-switcherIconScroller:activate:"),
     pendingRow("SBAppSwitcherController", "-switcherScroller:itemTapped:"),
     pendingRow("SBApplication",
                "-snapshotImageInfosWithImageName:sceneID:launchingSize:launchingScale:"
                "launchingOrientation:"),
-    pendingRow("SBApplication", "-icon:launchFromLocation:context:activationSettings:actions:"),
-    pendingRow("SBApplication", "-icon:launchFromLocation:"),
-    pendingRow("SBMainWorkspace", "-systemService:handleOpenApplicationRequest:withCompletion:"),
-    pendingRow("SBMainWorkspace", "-_setCurrentTransactionForRequest:fallbackProvider:"),
-    pendingRow("SBAppToAppWorkspaceTransaction", "-initWithAlertManager:from:to:withResult:"),
+    replaced<&springboard::iconLaunchWithContext>(
+        "SBApplication", "-icon:launchFromLocation:context:activationSettings:actions:"),
+    replaced<&springboard::iconLaunch>("SBApplication", "-icon:launchFromLocation:"),
+    replaced<&springboard::systemServiceOpenRequest>(
+        "SBMainWorkspace", "-systemService:handleOpenApplicationRequest:withCompletion:"),
+    replaced<&springboard::setCurrentTransaction>(
+        "SBMainWorkspace", "-_setCurrentTransactionForRequest:fallbackProvider:"),
+    replaced<&springboard::appToAppInit>("SBAppToAppWorkspaceTransaction",
+                                         "-initWithAlertManager:from:to:withResult:"),
     pendingRow("SBLockScreenSlideUpToAppController", "-finalizeGesture"),
     replaced<&prompt::passcodeInsertText>("PSPasscodeField", "-insertText:"),
     added<&prompt::updateKavelinAlert>("PSPasscodeField", "-updateKavelinAlert", "v@:"),
@@ -173,45 +185,53 @@ const Row kSpringBoardRows[] = {
     pendingRow("SpringBoard", "-relaunchSpringBoard"),
     pendingRow("SpringBoard", "-_menuButtonDown:"),
     pendingRow("SpringBoard", "-_menuButtonUp:"),
-    pendingRow("SpringBoard",
-               "-applicationOpenURL:withApplication:sender:publicURLsOnly:animating:"
-               "needsPermission:activationContext:activationHandler:"),
-    pendingRow("SpringBoard",
-               "-_openURLCore:display:animating:sender:activationSettings:withResult:"),
-    pendingRow(
+    replaced<&springboard::applicationOpenURL>(
+        "SpringBoard",
+        "-applicationOpenURL:withApplication:sender:publicURLsOnly:animating:needsPermission:"
+        "activationContext:activationHandler:"),
+    replaced<&springboard::openURLWithSettings>(
+        "SpringBoard", "-_openURLCore:display:animating:sender:activationSettings:withResult:"),
+    replaced<&springboard::openURLWithFlags>(
         "SpringBoard",
         "-_openURLCore:display:animating:sender:additionalActivationFlags:activationHandler:"),
-    pendingRow("SpringBoard",
-               "-_openURLCore:display:animating:sender:activationContext:activationHandler:"),
-    pendingRow("SBUserAgent", "-_openApplication:withURL:fromSource:animated:options:"),
-    pendingRow("SBUserAgent",
-               "-launchFromPushOrLocalBulletin:actionIdentifier:userResponse:origin:"),
-    pendingRow("SBUserAgent", "-launchFromPushOrLocalBulletin:actionIdentifier:origin:"),
-    pendingRow("SBUserAgent", "-launchFromPushOrLocalBulletin:origin:"),
+    replaced<&springboard::openURLWithContext>(
+        "SpringBoard",
+        "-_openURLCore:display:animating:sender:activationContext:activationHandler:"),
+    replaced<&springboard::agentOpenApplication>(
+        "SBUserAgent", "-_openApplication:withURL:fromSource:animated:options:"),
+    replaced<&springboard::bulletinLaunchWithResponse>(
+        "SBUserAgent", "-launchFromPushOrLocalBulletin:actionIdentifier:userResponse:origin:"),
+    replaced<&springboard::bulletinLaunchWithAction>(
+        "SBUserAgent", "-launchFromPushOrLocalBulletin:actionIdentifier:origin:"),
+    replaced<&springboard::bulletinLaunch>("SBUserAgent", "-launchFromPushOrLocalBulletin:origin:"),
     pendingRow("SBUILongNumericPasscodeEntryField", "-_okButtonHit"),
     pendingRow("SBFolder", "-setDisplayName:"),
     pendingRow("SBBookmarkIcon", "-launchFromLocation:context:activationSettings:actions:"),
     pendingRow("SBFolderIcon", "-launchFromLocation:"),
     pendingRow("SBFolderIcon", "-launchFromLocation:context:"),
     pendingRow("SBFolderIcon", "-launchFromLocation:context:activationSettings:actions:"),
-    pendingRow("SBWorkspace",
-               "-workspace:handleOpenApplicationRequest:withOptions:origin:withResult:"),
+    replaced<&springboard::workspaceOpenRequest>(
+        "SBWorkspace", "-workspace:handleOpenApplicationRequest:withOptions:origin:withResult:"),
     pendingRow("CCUIControlCenterPushButton", "-_pressAction"),
     pendingRow("SBControlCenterButton", "-_pressAction"),
     pendingRow("SBUIControlCenterButton", "-_pressAction"),
-    pendingRow("SBCCQuickLaunchSectionController", "-_activateAppWithBundleId:url:"),
-    pendingRow("PLCameraView", "-_imageWellTapped:"),
+    replaced<&springboard::quickLaunch>("SBCCQuickLaunchSectionController",
+                                        "-_activateAppWithBundleId:url:"),
+    replaced<&springboard::lockScreenImageWell>("PLCameraView", "-_imageWellTapped:"),
     pendingRow("SBAssistantController", "-activatePluginForEvent:"),
     pendingRow("SBAssistantController", "-activatePluginForEvent:eventSource:context:"),
     pendingRow("SBSwitchAppList", "-_bundleIDShouldBeRepresentedInList:"),
     pendingRow("SBUIController", "-updateBatteryState:"),
-    pendingRow("SBUIController", "-activateApplication:fromIcon:location:"),
-    pendingRow("SBUIController", "-activateApplicationAnimated:"),
-    pendingRow("SBUIController", "-activateApplication:"),
+    replaced<&springboard::activateFromIcon>("SBUIController",
+                                             "-activateApplication:fromIcon:location:"),
+    replaced<&springboard::activateAnimated>("SBUIController", "-activateApplicationAnimated:"),
+    replaced<&springboard::activate>("SBUIController", "-activateApplication:"),
     pendingRow("SBUIController", "-finishLaunching"),
-    pendingRow("SBUIController",
-               "-appSwitcher:wantsToActivateDisplayLayout:displayIDsToURLs:displayIDsToActions:"),
-    pendingRow("SBUIController", "-appSwitcher:wantsToActivateApplication:"),
+    replaced<&springboard::switcherActivateLayout>(
+        "SBUIController",
+        "-appSwitcher:wantsToActivateDisplayLayout:displayIDsToURLs:displayIDsToActions:"),
+    replaced<&springboard::switcherActivateApplication>("SBUIController",
+                                                        "-appSwitcher:wantsToActivateApplication:"),
     pendingRow("SBUIController", "-_toggleSwitcher"),
     replaced<&uiControllerInit>("SBUIController", "-init"),
 };

@@ -1,0 +1,81 @@
+// What every SpringBoard guard shares.
+#include "springboard/gate.h"
+
+#include <algorithm>
+
+#include "core/coordinator.h"
+#include "core/policy.h"
+#include "core/session.h"
+#include "core/state.h"
+#include "platform/foundation.h"
+#include "platform/runtime.h"
+#include "settings/settings.h"
+
+namespace kv::springboard {
+
+using platform::Sel;
+using platform::sendIfResponds;
+
+bool gatePasses(HeldCall held) {
+  const settings::Settings& s = settings::current();
+  // 1. Protection is on.
+  if (!s.enabled) return false;
+  // 2. The user can authenticate at all.
+  if (!core::wayToAuthenticate()) return false;
+  // 3. Neither a trusted network nor a session that keeps items unlocked.
+  if (core::isOnTrustedWiFi() || (s.keepSession && core::sessionUnlocked())) return false;
+  // 4. No call held already: a second launch while a prompt waits runs.
+  const core::CoordinatorState& c = core::state();
+  if (c.urlInvocation) return false;
+  return held == HeldCall::kUrl || !c.invocation;
+}
+
+bool isProtectedApp(id bundleIdentifier) {
+  auto identifier = platform::stringOf(bundleIdentifier);
+  return identifier && core::requiresAuthenticationForIdentifier(*identifier);
+}
+
+bool holdBack(id invocation, id title, bool clearHighlight) {
+  if (invocation == nullptr) return false;
+  core::setInvocation(invocation);
+  if (clearHighlight) {
+    id icons =
+        platform::sendClass<id>(platform::classNamed("SBIconController"), Sel("sharedInstance"));
+    sendIfResponds(icons, Sel("clearHighlightedIcon"));
+  }
+  core::setRestrictedTitle(title);
+  core::showAlert();
+  return true;
+}
+
+platform::Retained keptCopy(id obj) {
+  if (obj == nullptr) return platform::Retained();
+  if (platform::respondsTo(obj, Sel("copyWithZone:"))) {
+    return platform::Retained::adopt(platform::send<id>(obj, Sel("copy")));
+  }
+  return platform::Retained(obj);
+}
+
+LaunchState& launchState() {
+  static auto* state = new LaunchState();
+  return *state;
+}
+
+id openFolder() {
+  id icons =
+      platform::sendClass<id>(platform::classNamed("SBIconController"), Sel("sharedInstance"));
+  return sendIfResponds<id>(icons, Sel("openFolder"));
+}
+
+bool folderNameProtected(id folder) {
+  if (folder == nullptr) return false;
+  const auto& folders = settings::current().protectedFolders;
+  auto listed = [&](id name) {
+    auto text = platform::stringOf(name);
+    return text && std::find(folders.begin(), folders.end(), *text) != folders.end();
+  };
+  return listed(sendIfResponds<id>(folder, Sel("displayName"))) ||
+         listed(platform::valueForKeyIfPresent(folder, "defaultDisplayName"));
+}
+
+}  // namespace kv::springboard

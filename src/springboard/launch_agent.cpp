@@ -1,0 +1,98 @@
+// Launches SpringBoard's user agent performs for the system.
+#include "springboard/launch_agent.h"
+
+#include "core/coordinator.h"
+#include "core/device.h"
+#include "platform/hook.h"
+#include "platform/invocation.h"
+#include "platform/runtime.h"
+#include "springboard/gate.h"
+#include "startup/flags.h"
+
+namespace kv::springboard {
+
+namespace {
+
+using platform::Integer;
+using platform::Retained;
+using platform::Sel;
+using platform::send;
+using platform::sendIfResponds;
+
+constexpr Integer kWakeSource = 3;
+
+bool screenOff() {
+  Class backlight = platform::classNamed("SBBacklightController");
+  id controller = platform::sendClass<id>(backlight, Sel("sharedInstance"));
+  if (platform::instancesRespondTo(backlight, Sel("screenIsOn")))
+    return send<BOOL>(controller, Sel("screenIsOn")) == 0;
+  return sendIfResponds<BOOL>(controller, Sel("screenIsOff")) != 0;
+}
+
+// One press of the lock button wakes the screen, so that the prompt is seen.
+void wakeScreen() {
+  id app = core::application();
+  if (startup::flags().isIOS10OrLater && platform::respondsTo(app, Sel("lockHardwareButton"))) {
+    id actions = sendIfResponds<id>(send<id>(app, Sel("lockHardwareButton")), Sel("buttonActions"));
+    sendIfResponds(actions, Sel("performSinglePressAction"));
+  } else if (platform::respondsTo(app, Sel("_lockButtonDown:fromSource:"))) {
+    send<void>(app, Sel("_lockButtonDown:fromSource:"), id{nullptr}, kWakeSource);
+    sendIfResponds(app, Sel("_lockButtonUp:fromSource:"), id{nullptr}, kWakeSource);
+  } else {
+    sendIfResponds(app, Sel("_lockButtonDownFromSource:"), kWakeSource);
+    sendIfResponds(app, Sel("_lockButtonUpFromSource:"), kWakeSource);
+  }
+}
+
+id bulletinSection(id bulletin) {
+  return sendIfResponds<id>(bulletin, Sel("section"));
+}
+
+// A bulletin's launch: its arguments kept, its app named.
+template <typename... A>
+bool holdBackBulletin(id self, SEL cmd, id bulletin, A... args) {
+  id section = bulletinSection(bulletin);
+  if (!gatePasses() || !isProtectedApp(section)) return false;
+  Retained call = platform::invocationOf(self, cmd, bulletin, args...);
+  platform::retainArguments(call.get());
+  return holdBack(call.get(), section);
+}
+
+}  // namespace
+
+BOOL agentOpenApplication(id self, SEL cmd, id bundleIdentifier, id url, Integer source,
+                          BOOL animated, id options) {
+  if (gatePasses() && isProtectedApp(bundleIdentifier)) {
+    Retained call =
+        platform::invocationOf(self, cmd, bundleIdentifier, url, source, animated, options);
+    if (call) {
+      platform::retainArguments(call.get());
+      core::setInvocation(call.get());
+      if (screenOff()) wakeScreen();
+      core::setRestrictedTitle(bundleIdentifier);
+      core::showAlert();
+      return 1;
+    }
+  }
+  return platform::Hook<&agentOpenApplication>::original(self, cmd, bundleIdentifier, url, source,
+                                                         animated, options);
+}
+
+BOOL bulletinLaunchWithResponse(id self, SEL cmd, id bulletin, id action, id response,
+                                Integer origin) {
+  if (holdBackBulletin(self, cmd, bulletin, action, response, origin)) return 1;
+  return platform::Hook<&bulletinLaunchWithResponse>::original(self, cmd, bulletin, action,
+                                                               response, origin);
+}
+
+BOOL bulletinLaunchWithAction(id self, SEL cmd, id bulletin, id action, Integer origin) {
+  if (holdBackBulletin(self, cmd, bulletin, action, origin)) return 1;
+  return platform::Hook<&bulletinLaunchWithAction>::original(self, cmd, bulletin, action, origin);
+}
+
+BOOL bulletinLaunch(id self, SEL cmd, id bulletin, Integer origin) {
+  if (holdBackBulletin(self, cmd, bulletin, origin)) return 0;
+  return platform::Hook<&bulletinLaunch>::original(self, cmd, bulletin, origin);
+}
+
+}  // namespace kv::springboard

@@ -1,0 +1,111 @@
+// Launches from the home screen.
+#include "springboard/launch_icons.h"
+
+#include "platform/hook.h"
+#include "platform/invocation.h"
+#include "platform/runtime.h"
+#include "settings/settings.h"
+#include "springboard/gate.h"
+#include "startup/flags.h"
+
+namespace kv::springboard {
+
+namespace {
+
+using platform::Integer;
+using platform::Retained;
+using platform::Sel;
+using platform::sendIfResponds;
+
+// An app launched from inside an open folder that was itself authenticated
+// needs no second prompt, unless apps in folders still ask or the folder
+// was left open when the home screen last went away.
+bool folderPass() {
+  const settings::Settings& s = settings::current();
+  if (s.appsInFoldersAreStillProtected || launchState().staleOpenFolder) return false;
+  return folderNameProtected(openFolder());
+}
+
+// Once an app from a protected folder is in front, the folder closes.
+void closeProtectedFolderAfterLaunch() {
+  if (!settings::current().closeProtectedFoldersAfterLaunchingApp) return;
+  id folder = openFolder();
+  if (!folderNameProtected(folder)) return;
+  id icons =
+      platform::sendClass<id>(platform::classNamed("SBIconController"), Sel("sharedInstance"));
+  if (platform::respondsTo(icons, Sel("closeFolderAnimated:withCompletion:"))) {
+    platform::send<void>(icons, Sel("closeFolderAnimated:withCompletion:"), BOOL{0}, id{nullptr});
+  } else {
+    sendIfResponds(icons, Sel("closeFolderAnimated:"), BOOL{0});
+  }
+}
+
+// The identifier an activation names: the display identifier where the app
+// has one that is protected, else its bundle identifier.
+id activatedIdentifier(id application) {
+  id display = sendIfResponds<id>(application, Sel("displayIdentifier"));
+  if (display != nullptr && isProtectedApp(display)) return display;
+  return sendIfResponds<id>(application, Sel("bundleIdentifier"));
+}
+
+bool guards(id identifier) {
+  return gatePasses() && isProtectedApp(identifier);
+}
+
+}  // namespace
+
+BOOL iconLaunchWithContext(id self, SEL cmd, id icon, Integer location, id context, id settings,
+                           id actions) {
+  id identifier = sendIfResponds<id>(icon, Sel("applicationBundleID"));
+  if (guards(identifier) && !folderPass()) {
+    // Four of the five arguments, not retained: the actions stay unset.
+    Retained call = platform::invocationOf(self, cmd, icon, location, context, settings);
+    if (holdBack(call.get(), identifier, true)) return 0;
+  }
+  BOOL launched = platform::Hook<&iconLaunchWithContext>::original(self, cmd, icon, location,
+                                                                   context, settings, actions);
+  closeProtectedFolderAfterLaunch();
+  return launched;
+}
+
+BOOL iconLaunch(id self, SEL cmd, id icon, Integer location) {
+  id identifier = sendIfResponds<id>(icon, Sel("applicationBundleID"));
+  if (guards(identifier) && !folderPass()) {
+    Retained call = platform::invocationOf(self, cmd, icon, location);
+    if (holdBack(call.get(), identifier, true)) return 0;
+  }
+  return platform::Hook<&iconLaunch>::original(self, cmd, icon, location);
+}
+
+void activateFromIcon(id self, SEL cmd, id application, id icon, Integer location) {
+  id identifier = activatedIdentifier(application);
+  if (guards(identifier)) {
+    Retained call = platform::invocationOf(self, cmd, application, icon, location);
+    if (holdBack(call.get(), identifier)) return;
+  }
+  platform::Hook<&activateFromIcon>::original(self, cmd, application, icon, location);
+  closeProtectedFolderAfterLaunch();
+}
+
+void activateAnimated(id self, SEL cmd, id application) {
+  id identifier = activatedIdentifier(application);
+  if (guards(identifier)) {
+    Retained call = platform::invocationOf(self, cmd, application);
+    if (holdBack(call.get(), identifier)) return;
+  }
+  platform::Hook<&activateAnimated>::original(self, cmd, application);
+  closeProtectedFolderAfterLaunch();
+}
+
+void activate(id self, SEL cmd, id application) {
+  id identifier =
+      sendIfResponds<id>(application, startup::flags().isIOS10OrLater ? Sel("bundleIdentifier")
+                                                                      : Sel("displayIdentifier"));
+  if (guards(identifier)) {
+    Retained call = platform::invocationOf(self, cmd, application);
+    if (holdBack(call.get(), identifier)) return;
+  }
+  platform::Hook<&activate>::original(self, cmd, application);
+}
+
+}  // namespace kv::springboard

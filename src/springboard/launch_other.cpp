@@ -1,0 +1,117 @@
+// The other ways an app comes to the front.
+#include "springboard/launch_other.h"
+
+#include "platform/hook.h"
+#include "platform/invocation.h"
+#include "platform/runtime.h"
+#include "settings/settings.h"
+#include "springboard/gate.h"
+
+namespace kv::springboard {
+
+namespace {
+
+using platform::Integer;
+using platform::Retained;
+using platform::Sel;
+using platform::send;
+using platform::sendIfResponds;
+
+constexpr const char* kPhotos = "com.apple.mobileslideshow";
+
+bool guards(id identifier) {
+  return gatePasses() && isProtectedApp(identifier);
+}
+
+// The switcher's own launches are guarded here only while the switcher as a
+// whole is not (then opening it already asked).
+bool switcherGuards(id identifier) {
+  return !settings::current().protectSwitcher && guards(identifier);
+}
+
+// Holds back a call of `cmd` on `self` with `args`, kept or not.
+template <typename... A>
+bool holdBackCall(bool keep, id title, id self, SEL cmd, A... args) {
+  Retained call = platform::invocationOf(self, cmd, args...);
+  if (keep) platform::retainArguments(call.get());
+  return holdBack(call.get(), title);
+}
+
+// The display identifier of the last item of a display layout.
+id layoutIdentifier(id layout) {
+  id plist = sendIfResponds<id>(layout, Sel("plistRepresentation"));
+  id items = platform::objectForKey(plist, "SBDisplayLayoutDisplayItemsPlistKey");
+  platform::UInteger count = platform::arrayCount(items);
+  if (count == 0) return nullptr;
+  return platform::objectForKey(platform::arrayObjectAt(items, count - 1),
+                                "SBDisplayItemDisplayIdentifierPlistKey");
+}
+
+// The application argument of the switcher: an app, or its identifier.
+id applicationIdentifier(id application) {
+  if (platform::isKindOf(application, "NSString")) return application;
+  return sendIfResponds<id>(application, Sel("bundleIdentifier"));
+}
+
+}  // namespace
+
+void shortcutActivate(id self, SEL cmd, id contentView, id item, Integer index) {
+  id identifier =
+      sendIfResponds<id>(sendIfResponds<id>(self, Sel("application")), Sel("bundleIdentifier"));
+  if (guards(identifier) && holdBackCall(false, identifier, self, cmd, contentView, item, index))
+    return;
+  platform::Hook<&shortcutActivate>::original(self, cmd, contentView, item, index);
+}
+
+void quickLaunch(id self, SEL cmd, id bundleIdentifier, id url) {
+  if (guards(bundleIdentifier) &&
+      holdBackCall(true, bundleIdentifier, self, cmd, bundleIdentifier, url))
+    return;
+  platform::Hook<&quickLaunch>::original(self, cmd, bundleIdentifier, url);
+}
+
+void switcherActivateLayout(id self, SEL cmd, id switcher, id layout, id urls, id actions) {
+  id identifier = layoutIdentifier(layout);
+  if (switcherGuards(identifier) &&
+      holdBackCall(false, identifier, self, cmd, switcher, layout, urls, actions)) {
+    return;
+  }
+  platform::Hook<&switcherActivateLayout>::original(self, cmd, switcher, layout, urls, actions);
+}
+
+void switcherActivateApplication(id self, SEL cmd, id switcher, id application) {
+  id identifier = applicationIdentifier(application);
+  if (switcherGuards(identifier) &&
+      holdBackCall(false, identifier, self, cmd, switcher, application))
+    return;
+  platform::Hook<&switcherActivateApplication>::original(self, cmd, switcher, application);
+}
+
+void switcherSelectedItem(id self, SEL cmd, id contentController, id item) {
+  id identifier = sendIfResponds<id>(item, Sel("displayIdentifier"));
+  if (switcherGuards(identifier) &&
+      holdBackCall(true, identifier, self, cmd, contentController, item))
+    return;
+  platform::Hook<&switcherSelectedItem>::original(self, cmd, contentController, item);
+}
+
+// One argument stored: the commitment; no transition request now.
+id forcePressTransition(id self, SEL cmd, BOOL commitment, id nextItem) {
+  id identifier = sendIfResponds<id>(nextItem, Sel("displayIdentifier"));
+  if (guards(identifier) && holdBackCall(false, identifier, self, cmd, commitment)) return nullptr;
+  return platform::Hook<&forcePressTransition>::original(self, cmd, commitment, nextItem);
+}
+
+// Without a device passcode the lock-screen camera would open the photo
+// library on a locked device.
+void lockScreenImageWell(id self, SEL cmd, id sender) {
+  id lock = platform::sendClass<id>(platform::classNamed("SBDeviceLockController"),
+                                    Sel("sharedController"));
+  bool noPasscode = sendIfResponds<BOOL>(lock, Sel("deviceHasPasscodeSet")) == 0;
+  platform::AutoreleasePool pool;
+  id photos = platform::makeString(kPhotos);
+  if (noPasscode && guards(photos) && holdBackCall(true, photos, self, cmd, sender)) return;
+  platform::Hook<&lockScreenImageWell>::original(self, cmd, sender);
+}
+
+}  // namespace kv::springboard

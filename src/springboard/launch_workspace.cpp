@@ -1,0 +1,164 @@
+// Launches the workspace carries out.
+#include "springboard/launch_workspace.h"
+
+#include <string>
+
+#include "core/device.h"
+#include "core/state.h"
+#include "platform/foundation.h"
+#include "platform/hook.h"
+#include "platform/invocation.h"
+#include "platform/runtime.h"
+#include "springboard/gate.h"
+#include "startup/flags.h"
+
+namespace kv::springboard {
+
+namespace {
+
+using platform::Retained;
+using platform::Sel;
+using platform::send;
+using platform::sendIfResponds;
+
+// An authenticated URL open's target may come to the front once in this time.
+constexpr double kApprovedUrlPass = 2.0;
+
+// Requests that are judged elsewhere, or bring nothing to the front.
+bool unguardedOrigin(id options) {
+  if (sendIfResponds<BOOL>(platform::objectForKey(options, "__ActivateSuspended"),
+                           Sel("boolValue")) != 0) {
+    return true;
+  }
+  std::string origin = platform::toString(platform::objectForKey(options, "__LaunchOrigin"));
+  // Launches from the lock screen are judged by the lock screen.
+  return origin == "__SBLaunchOriginShortcutItem" || origin == "BulletinDestinationLockScreen";
+}
+
+bool labelActivates(id request) {
+  if (!platform::respondsTo(request, Sel("eventLabel"))) return false;
+  std::string label = platform::toString(send<id>(request, Sel("eventLabel")));
+  return label.find("OpenApplication") != std::string::npos ||
+         label.find("ActivateApplication") != std::string::npos ||
+         (startup::flags().isIOS11 &&
+          label.find("DismissSwitcherNoninteractive") != std::string::npos);
+}
+
+// The first protected app the request brings up: among its activating apps,
+// else among the applications of its scene entities.
+id protectedCandidate(id request) {
+  id apps = sendIfResponds<id>(request, Sel("activatingApps"));
+  for (platform::UInteger i = 0; i < platform::arrayCount(apps); ++i) {
+    id identifier = sendIfResponds<id>(platform::arrayObjectAt(apps, i), Sel("bundleIdentifier"));
+    if (isProtectedApp(identifier)) return identifier;
+  }
+  id entities = sendIfResponds<id>(request, Sel("toApplicationSceneEntities"));
+  if (platform::respondsTo(entities, Sel("allObjects")))
+    entities = send<id>(entities, Sel("allObjects"));
+  for (platform::UInteger i = 0; i < platform::arrayCount(entities); ++i) {
+    id app = sendIfResponds<id>(platform::arrayObjectAt(entities, i), Sel("application"));
+    id identifier = sendIfResponds<id>(app, Sel("bundleIdentifier"));
+    if (isProtectedApp(identifier)) return identifier;
+  }
+  return nullptr;
+}
+
+// The URL open authenticated last lets its target through once, within two
+// seconds of the success; using the pass spends it.
+bool spendApprovedUrlPass(id identifier) {
+  core::CoordinatorState& c = core::state();
+  LaunchState& launch = launchState();
+  bool within = core::now() - c.lastAuthenticationTime < kApprovedUrlPass;
+  if (!within || !launch.approvedUrlTarget ||
+      send<BOOL>(launch.approvedUrlTarget.get(), Sel("isEqual:"), identifier) == 0) {
+    return false;
+  }
+  c.lastAuthenticationTime = 0;
+  launch.approvedUrlTarget.reset();
+  return true;
+}
+
+// The UI controller's activation of `identifier`, as a call to hold back.
+Retained activation(id identifier) {
+  id ui = platform::sendClass<id>(platform::classNamed("SBUIController"), Sel("sharedInstance"));
+  id apps = platform::sendClass<id>(platform::classNamed("SBApplicationController"),
+                                    Sel("sharedInstance"));
+  id app = sendIfResponds<id>(apps, Sel("applicationWithBundleIdentifier:"), identifier);
+  const startup::VersionFlags& f = startup::flags();
+  Sel selector(f.isIOS11         ? "_activateApplicationFromAccessibility:"
+               : f.isIOS9OrLater ? "activateApplication:"
+                                 : "activateApplicationAnimated:");
+  return platform::invocationOf(ui, selector, app);
+}
+
+}  // namespace
+
+void systemServiceOpenRequest(id self, SEL cmd, id service, id request, id completion) {
+  using Original = platform::Hook<&systemServiceOpenRequest>;
+  id identifier = sendIfResponds<id>(request, Sel("bundleIdentifier"));
+  id options = sendIfResponds<id>(sendIfResponds<id>(request, Sel("options")), Sel("dictionary"));
+  if (!unguardedOrigin(options) && gatePasses() && isProtectedApp(identifier)) {
+    Retained call = platform::invocationOf(self, cmd, service, request, completion);
+    platform::retainArguments(call.get());
+    if (holdBack(call.get(), identifier)) return;
+  }
+  Original::original(self, cmd, service, request, completion);
+}
+
+BOOL setCurrentTransaction(id self, SEL cmd, id request, id fallbackProvider) {
+  using Original = platform::Hook<&setCurrentTransaction>;
+  LaunchState& launch = launchState();
+  // 1. The transaction a replayed peek causes passes once.
+  if (launch.skipOwner || launch.skipController) {
+    launch.skipOwner.reset();
+    launch.skipController.reset();
+    return Original::original(self, cmd, request, fallbackProvider);
+  }
+  // 2-3. Only a transaction that brings a protected app up.
+  if (!gatePasses() || !labelActivates(request))
+    return Original::original(self, cmd, request, fallbackProvider);
+  id candidate = protectedCandidate(request);
+  if (candidate == nullptr) return Original::original(self, cmd, request, fallbackProvider);
+  // 4-5. The authenticated URL's target once; a lock-screen match.
+  if (spendApprovedUrlPass(candidate) || launch.lockScreenMatch) {
+    return Original::original(self, cmd, request, fallbackProvider);
+  }
+  // 6. Held back as the UI controller's activation; no transaction now.
+  Retained call = activation(candidate);
+  if (holdBack(call.get(), candidate)) return 0;
+  return Original::original(self, cmd, request, fallbackProvider);
+}
+
+id appToAppInit(id self, SEL cmd, id alertManager, id from, id to, id result) {
+  using Original = platform::Hook<&appToAppInit>;
+  id identifier = sendIfResponds<id>(to, Sel("bundleIdentifier"));
+  // The authenticated URL's pass is spent here, and the gate still decides.
+  spendApprovedUrlPass(identifier);
+  if (gatePasses() && isProtectedApp(identifier)) {
+    Retained call = activation(identifier);
+    if (holdBack(call.get(), identifier)) {
+      send<void>(self, Sel("release"));  // no transaction after all
+      return nullptr;
+    }
+  }
+  return Original::original(self, cmd, alertManager, from, to, result);
+}
+
+void workspaceOpenRequest(id self, SEL cmd, id workspace, id bundleIdentifier, id options,
+                          id origin, id result) {
+  using Original = platform::Hook<&workspaceOpenRequest>;
+  id suspended = platform::objectForKey(options, "__ActivateSuspended");
+  bool guardedRequest =
+      suspended != nullptr && sendIfResponds<int>(suspended, Sel("intValue")) != 1;
+  if (guardedRequest && gatePasses() && isProtectedApp(bundleIdentifier)) {
+    Retained copies[] = {keptCopy(workspace), keptCopy(bundleIdentifier), keptCopy(options),
+                         keptCopy(origin), keptCopy(result)};
+    Retained call = platform::invocationOf(self, cmd, copies[0].get(), copies[1].get(),
+                                           copies[2].get(), copies[3].get(), copies[4].get());
+    platform::retainArguments(call.get());
+    if (holdBack(call.get(), bundleIdentifier)) return;
+  }
+  Original::original(self, cmd, workspace, bundleIdentifier, options, origin, result);
+}
+
+}  // namespace kv::springboard
