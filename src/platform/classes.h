@@ -3,7 +3,9 @@
 #pragma once
 
 #include <initializer_list>
+#include <string>
 
+#include "platform/encoding.h"
 #include "platform/objc.h"
 
 namespace kv::platform {
@@ -24,6 +26,21 @@ Class defineClass(const char* name, const char* superclassName,
 template <typename F>
 IMP impOf(F* f) {
   return reinterpret_cast<IMP>(f);
+}
+
+// The method encoding the C signature of `f` stands for, kept for the life of
+// the process (one string per signature).
+template <typename R, typename... A>
+const char* encodingOf(R (*)(id, SEL, A...)) {
+  static const std::string kEncoding = methodEncoding<R, A...>();
+  return kEncoding.c_str();
+}
+
+// A method given by its C function, its encoding taken from the signature, so
+// that what the runtime is told always matches what the function takes.
+template <typename R, typename... A>
+MethodSpec method(const char* selector, R (*f)(id, SEL, A...), bool classMethod = false) {
+  return MethodSpec{selector, impOf(f), encodingOf(f), classMethod};
 }
 
 }  // namespace kv::platform
