@@ -42,7 +42,7 @@ constexpr Text kDevices[] = {
 };
 
 // The images the prompt and the summary notification load by name.
-constexpr const char* kImages[] = {"thumb-black", "thumb-white", "circle-white",
+constexpr const char* kImages[] = {"thumb-black",  "thumb-white", "thumb-red", "circle-white",
                                    "circle-black", "circle-gold", "Icon"};
 
 // A 1x1 transparent PNG: enough for UIImage to load.

@@ -31,16 +31,25 @@ IMP impOf(F* f) {
   return reinterpret_cast<IMP>(f);
 }
 
-// An instance method whose encoding is the one its C signature stands for.
+// The method encoding the C signature of `f` stands for, kept for the life of
+// the process (one string per signature).
 template <typename R, typename... A>
-MethodSpec method(const char* selector, R (*f)(id, SEL, A...)) {
-  return MethodSpec{selector, reinterpret_cast<IMP>(f), methodEncoding<R, A...>(), false};
+const char* encodingOf(R (*)(id, SEL, A...)) {
+  static const std::string kEncoding = methodEncoding<R, A...>();
+  return kEncoding.c_str();
+}
+
+// A method given by its C function, its encoding taken from the signature, so
+// that what the runtime is told always matches what the function takes.
+template <typename R, typename... A>
+MethodSpec method(const char* selector, R (*f)(id, SEL, A...), bool classMethod = false) {
+  return MethodSpec{selector, impOf(f), encodingOf(f), classMethod};
 }
 
 // The same for a class method (`self` is the class).
 template <typename R, typename... A>
 MethodSpec classMethod(const char* selector, R (*f)(id, SEL, A...)) {
-  return MethodSpec{selector, reinterpret_cast<IMP>(f), methodEncoding<R, A...>(), true};
+  return method(selector, f, true);
 }
 
 }  // namespace kv::platform

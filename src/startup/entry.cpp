@@ -11,6 +11,7 @@
 #include "core/wifi.h"
 #include "platform/foundation.h"
 #include "platform/runtime.h"
+#include "prompt/alert_view.h"
 #include "settings/controllers.h"
 #include "settings/feedback.h"
 #include "settings/notifications.h"
@@ -90,6 +91,7 @@ void springBoardSection() {
   computeFlag(VersionFlag::kIOS9OrLater);
   if (flags().isIOS8OrLater) installGroup(Group::kSpringBoardIOS8);
   core::defineKavelinController();
+  prompt::defineAlertView();
   settings::defineSettingsControllers();
   installGroup(Group::kSpringBoard);
   settings::setBiometricsInUse(core::biometricHardwareInUse(settings::current().onlyPasscode));

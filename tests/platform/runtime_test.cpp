@@ -1,9 +1,10 @@
-// Runtime access: typed sends, nil receivers, super sends, capability probes
-// and instance-variable reads.
+// Runtime access: typed sends, nil receivers, super sends, capability probes,
+// instance-variable reads, and the library's own classes.
 #include "platform/runtime.h"
 
 #include <gtest/gtest.h>
 
+#include "platform/classes.h"
 #include "platform/foundation.h"
 #include "test_classes.h"
 
@@ -20,6 +21,8 @@ double half(id, SEL, double d) { return d / 2; }
 test::Box box(id, SEL) { return {1, 2, 3, 4}; }
 const char* baseName(id, SEL) { return "base"; }
 const char* derivedName(id, SEL) { return "derived"; }
+double scaled(id, SEL, long by) { return 1.5 * static_cast<double>(by); }
+BOOL answersYes(id, SEL, id) { return 1; }
 
 TEST(Runtime, NilReceiversAnswerZero) {
   EXPECT_EQ(send<int>(nullptr, Sel("anything")), 0);
@@ -78,6 +81,27 @@ TEST(Runtime, InstanceVariablesAreReadByName) {
   EXPECT_EQ(platform::ivar<id>(obj, "_currentNetwork"), obj);
   EXPECT_EQ(platform::ivar<long>(obj, "_missing"), std::nullopt);
   EXPECT_EQ(platform::ivar<long>(nullptr, "_count"), std::nullopt);
+}
+
+TEST(Runtime, LibraryClassesTakeTheirEncodingsFromTheirFunctions) {
+  Class cls = platform::defineClass(
+      "FromFunctions", "NSObject",
+      {platform::method("scaled:", scaled), platform::method("answersYes:", answersYes, true)});
+  ASSERT_NE(cls, nullptr);
+  Method scaledMethod = class_getInstanceMethod(cls, Sel("scaled:"));
+  ASSERT_NE(scaledMethod, nullptr);
+  EXPECT_TRUE(platform::encodingsCompatible(method_getTypeEncoding(scaledMethod), "d@:q"));
+  Method yesMethod = class_getClassMethod(cls, Sel("answersYes:"));
+  ASSERT_NE(yesMethod, nullptr);
+  EXPECT_TRUE(platform::encodingsCompatible(method_getTypeEncoding(yesMethod), "c@:@"));
+  EXPECT_EQ(class_getInstanceMethod(cls, Sel("answersYes:")), nullptr) << "a class method only";
+
+  id obj = newInstance(cls);
+  EXPECT_EQ(send<double>(obj, Sel("scaled:"), 2L), 3.0);
+  EXPECT_EQ(platform::defineClass("FromFunctions", "NSObject", {}), cls)
+      << "an existing class stays";
+  EXPECT_EQ(platform::defineClass("Orphaned", "NoSuchSuperclass", {}), nullptr);
+  send<void>(obj, Sel("release"));
 }
 
 }  // namespace

@@ -1,0 +1,36 @@
+// The selectors the prompt's files send, each written once.
+#pragma once
+
+#include "platform/runtime.h"
+
+namespace kv::prompt::sel {
+
+using platform::Sel;
+
+// Objects and classes.
+inline const Sel kAlloc("alloc");
+inline const Sel kInitWithFrame("initWithFrame:");
+
+// Views.
+inline const Sel kAlpha("alpha");
+inline const Sel kSetAlpha("setAlpha:");
+inline const Sel kFrame("frame");
+inline const Sel kSetFrame("setFrame:");
+inline const Sel kBounds("bounds");
+inline const Sel kSuperview("superview");
+inline const Sel kAddSubview("addSubview:");
+inline const Sel kRemoveFromSuperview("removeFromSuperview");
+inline const Sel kLayer("layer");
+inline const Sel kAnimateWithDuration("animateWithDuration:animations:");
+inline const Sel kAnimateWithCompletion("animateWithDuration:animations:completion:");
+
+// The glyph.
+inline const Sel kSetState("setState:");
+inline const Sel kSetStateAnimated("setState:animated:completionHandler:");
+
+// The prompt's own interface, as it messages itself.
+inline const Sel kReAddAnimations("reAddAnimations");
+inline const Sel kKillAnimations("killAnimations");
+inline const Sel kHideCircleAndShowPasscodeField("hideCircleAndShowPasscodeField");
+
+}  // namespace kv::prompt::sel
