@@ -70,6 +70,18 @@ void addObserver(id self, SEL, id observer) {
 void removeObserver(id self, SEL, id observer) {
   send<void>(observersOf(self), Sel("removeObject:"), observer);
 }
+// The observers by class, in order, as a developer asks for them.
+id observerNames(id self, SEL) {
+  id names = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
+  id list = observersOf(self);
+  for (platform::UInteger i = 0; i < platform::arrayCount(list); ++i) {
+    id observer = platform::arrayObjectAt(list, i);
+    const char* name = class_isMetaClass(object_getClass(observer)) ? class_getName(reinterpret_cast<Class>(observer))
+                                                                     : platform::classNameOf(observer);
+    send<void>(names, Sel("addObject:"), platform::makeString(name));
+  }
+  return names;
+}
 std::vector<Retained> snapshot(id list) {
   std::vector<Retained> out;
   for (platform::UInteger i = 0; i < platform::arrayCount(list); ++i) {
@@ -267,6 +279,7 @@ void defineSpringBoardBiometrics() {
         .classMethod("sharedInstance", imp(sharedInstance), "@@:")
         .instance("addObserver:", imp(addObserver), "v@:@")
         .instance("removeObserver:", imp(removeObserver), "v@:@")
+        .instance("observerNames", imp(observerNames), "@@:")
         .instance("acquireMatchingAssertionWithMode:reason:", imp(acquireAssertion), "@@:Q@")
         .instance("isMatchingEnabled", imp(resourceMatchingEnabled), "C@:")
         .instance("isMatchingAllowed", imp(resourceMatchingAllowed), "C@:")
@@ -287,6 +300,7 @@ void defineSpringBoardBiometrics() {
         .classMethod("sharedInstance", imp(sharedInstance), "@@:")
         .instance("addObserver:", imp(addObserver), "v@:@")
         .instance("removeObserver:", imp(removeObserver), "v@:@")
+        .instance("observerNames", imp(observerNames), "@@:")
         .instance("_setMatchingEnabled:", imp(monitorSetMatchingEnabled), "v@:C")
         .instance("isMatchingEnabled", imp(monitorIsMatchingEnabled), "C@:")
         .instance("_startMatching", imp(monitorStartMatching), "v@:")

@@ -137,6 +137,20 @@ id localizedString(id, SEL, id key, id bundlePath) {
                   platform::makeString("(default)"), id{nullptr});
 }
 
+// SimProbe as one more observer of the biometric events, after those
+// SpringBoard added at its start: the event monitor's before iOS 11, the
+// biometric resource's on iOS 11.
+void watchBiometrics(id cls, SEL) {
+  for (const char* source : {"SBUIBiometricEventMonitor", "SBUIBiometricResource"}) {
+    Class sourceClass = platform::classNamed(source);
+    if (sourceClass == nullptr) continue;
+    id shared = platform::sendClass<id>(sourceClass, Sel("sharedInstance"));
+    send<void>(shared, Sel("addObserver:"), cls);
+    return;
+  }
+}
+void biometricEvent(id, SEL, id, long code) { logEvent("probe", "biometric event " + std::to_string(code)); }
+
 // An alert whose delegate is SimProbe, to watch the platform's alert path.
 void showAlert(id cls, SEL, id title, id message, id buttons) {
   auto names = platform::stringListOf(buttons).value_or(std::vector<std::string>{});
@@ -194,6 +208,9 @@ void defineProbe() {
       .classMethod("alertView:clickedButtonAtIndex:", imp(alertClicked), "v@:@q")
       .classMethod("alertView:didDismissWithButtonIndex:", imp(alertDismissed), "v@:@q")
       .classMethod("fileExists:", imp(fileExists), "@@:@")
+      .classMethod("watchBiometrics", imp(watchBiometrics), "v@:")
+      .classMethod("biometricEventMonitor:handleBiometricEvent:", imp(biometricEvent), "v@:@q")
+      .classMethod("biometricResource:observeEvent:", imp(biometricEvent), "v@:@Q")
       .classMethod("localizedString:bundle:", imp(localizedString), "@@:@@")
       .build();
 }
