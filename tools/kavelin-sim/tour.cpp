@@ -4,30 +4,52 @@
 namespace kv::tools {
 
 const char* tourScenario() {
-  return R"(# A simulated iPhone: two processes, one device.
+  return R"(# An iPhone on iOS 11 with Touch ID. The owner protects Messages and keeps
+# a Kavelin passcode of their own.
 device iphone ios 11.1 touchid
+prefs protected ["com.apple.MobileSMS"]
+prefs passcode "2580"
 start SpringBoard Preferences
 
-# The settings pane writes a preference; SpringBoard reads the domain file.
-prefs Enabled true
-SpringBoard: send SimProbe preference:domain: ["Enabled", "net.quorvan.kavelin"]
+# An unprotected app opens as usual.
+SpringBoard: tap com.apple.mobilesafari
+expect launched com.apple.mobilesafari
+SpringBoard: home
 
-# A notification's state set in one process is read in another.
-Preferences: send SimProbe observe: ["tour.hello"]
-SpringBoard: send SimProbe setState:forName: [7, "tour.hello"]
-SpringBoard: send SimProbe post: ["tour.hello"]
-expect posted tour.hello state 7
-Preferences: send SimProbe stateForName: ["tour.hello"]
+# Messages is protected: the tap is held back and the prompt comes up,
+# naming the app, taking the fingerprint sensor from the lock screen.
+SpringBoard: tap com.apple.MobileSMS
+expect prompt title "Messages"
+expect not front com.apple.MobileSMS
 
-# A request over the messaging centre is answered by SpringBoard's main thread.
-SpringBoard: send SimProbe serve:names: ["tour.center", ["ping"]]
-Preferences: send SimProbe sendMessage:center:userInfo: ["ping", "tour.center", {"from": "Settings"}]
-expect sent Preferences ping
+# A wrong finger is reported on the prompt; the app stays closed.
+finger nomatch
+expect prompt message "Not recognised"
 
-# Time is virtual: a 5-second delay costs no wall time.
-SpringBoard: send SimProbe performLater:delay: ["five seconds later", 5]
-advance 5
-expect log "fired five seconds later"
+# The passcode button shows the field; a wrong passcode is refused too.
+SpringBoard: prompt button 1
+expect prompt passcode-field
+SpringBoard: prompt passcode 1111
+expect prompt
+
+# The right finger replays the held-back tap: Messages comes to the front.
+finger match
+expect launched com.apple.MobileSMS
+expect not prompt
+
+# Without keepSession every launch asks again; cancelling drops it and
+# tells other processes.
+SpringBoard: home
+SpringBoard: tap com.apple.MobileSMS
+expect prompt
+SpringBoard: prompt button 0
+expect posted net.quorvan.kavelin.alertCancelled
+expect front home
+
+# Time is virtual: the settings pane's change is read at once and again half
+# a second later, at no cost in wall time.
+prefs keepSession true
+advance 0.5
 )";
 }
 
