@@ -41,6 +41,10 @@ const ActionSpec kActions[] = {
     {"*", "load-image", 1, 1, "load-image NAME",
      "a library loads after start-up (another extension's, a late platform bundle): its classes "
      "appear, then the image-added callbacks run"},
+    {"*", "hold", 2, 2, "hold CLASS SELECTOR",
+     "keep the next call of that instance method instead of running it, as a guard keeps a "
+     "call for after authentication (arguments retained, blocks copied; the caller gets zero)"},
+    {"*", "replay", 0, 0, "replay", "invoke the kept call now, through the same method"},
     {"SpringBoard", "tap", 1, 1, "tap BUNDLE-ID", "tap the app's icon on the home screen"},
     {"SpringBoard", "tap-folder", 1, 1, "tap-folder NAME", "tap a folder icon by display name"},
     {"SpringBoard", "open-url", 1, 1, "open-url URL", "an URL open handled by SpringBoard"},

@@ -12,6 +12,7 @@
 #include "sim/frameworks/frameworks.h"
 #include "sim/host/actions.h"
 #include "sim/host/fs_redirect.h"
+#include "sim/host/invocations.h"
 #include "sim/host/link.h"
 #include "sim/host/profile.h"
 #include "sim/host/run_loop.h"
@@ -38,7 +39,11 @@ Value::Dictionary hello(const Value& command) {
 
   kv::platform::AutoreleasePool pool;
   host::applyProfile();
-  for (const auto& problem : host::installVirtualTime()) host::logEvent("error", "clock: " + problem);
+  for (const auto& problem : host::installVirtualTime())
+    host::logEvent("error", "clock: " + problem);
+  for (const auto& problem : host::installBlockArguments()) {
+    host::logEvent("error", "invocations: " + problem);
+  }
   host::defineMessagingCenter();
   host::defineProbe();
   kv::sim::frameworks::defineFrameworks();
@@ -69,6 +74,7 @@ int main(int argc, char** argv) {
   host::attachToDevice(std::atoi(argv[1] + 5));
   host::registerCoreCommands();
   host::registerImageActions();
+  host::registerHoldActions();
   // What the library installed in this process, as it reports it.
   host::registerQuery("hooks", [](const std::vector<std::string>&) {
     using Report = const char* (*)();
