@@ -3,6 +3,9 @@
 
 #include "platform/runtime.h"
 
+// GCC's runtime: rebuilds the dispatch tables of a class and its subclasses.
+extern "C" void __objc_update_dispatch_table_for_class(Class cls);
+
 namespace kv::sim::host {
 
 ClassBuilder::ClassBuilder(const char* name, const char* superclassName)
@@ -45,6 +48,10 @@ Class ClassBuilder::build() {
 id newObject(Class cls) {
   static const platform::Sel kAlloc("alloc"), kInit("init");
   return platform::send<id>(platform::sendClass<id>(cls, kAlloc), kInit);
+}
+
+void refreshDispatchTables(Class cls) {
+  if (cls != nullptr) __objc_update_dispatch_table_for_class(cls);
 }
 
 }  // namespace kv::sim::host

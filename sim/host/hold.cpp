@@ -16,6 +16,7 @@
 #include "platform/retained.h"
 #include "platform/runtime.h"
 #include "sim/host/actions.h"
+#include "sim/host/classes.h"
 #include "sim/host/link.h"
 
 namespace kv::sim::host {
@@ -51,7 +52,10 @@ std::string nameOf(const Held& h) {
 
 // Lets calls through again.
 void stopCatching(Held& h) {
-  if (h.method != nullptr) method_setImplementation(h.method, h.original);
+  if (h.method != nullptr) {
+    method_setImplementation(h.method, h.original);
+    refreshDispatchTables(h.cls);
+  }
   h.method = nullptr;
 }
 
@@ -137,6 +141,7 @@ bool startCatching(Held& h, std::string* error) {
     return false;
   }
   h.original = method_setImplementation(h.method, reinterpret_cast<IMP>(code));
+  refreshDispatchTables(h.cls);
   return true;
 }
 

@@ -16,6 +16,7 @@
 #include "platform/foundation.h"
 #include "platform/hook.h"
 #include "platform/runtime.h"
+#include "sim/host/classes.h"
 
 namespace kv::sim::host {
 
@@ -131,6 +132,8 @@ std::vector<std::string> installBlockArguments() {
       problems.push_back(platform::describe(record));
     }
   }
+  // The concrete invocation class may have messaged its way to a table of its own.
+  refreshDispatchTables(platform::classNamed("NSInvocation"));
   return problems;
 }
 

@@ -30,6 +30,13 @@ class InvocationTest : public ::testing::Test {
  protected:
   void SetUp() override {
     static bool installed = [] {
+      // An invocation at work before: its class has a dispatch table of its
+      // own, which must see the replaced methods too.
+      id signature = sendClass<id>(platform::classNamed("NSMethodSignature"),
+                                   Sel("signatureWithObjCTypes:"), "v@:");
+      id early = sendClass<id>(platform::classNamed("NSInvocation"),
+                               Sel("invocationWithMethodSignature:"), signature);
+      send<BOOL>(early, Sel("argumentsRetained"));
       EXPECT_EQ(installBlockArguments(), std::vector<std::string>{});
       ClassBuilder("SimBlockTaker", "NSObject")
           .instance("take:count:completion:", imp(take), "v@:@q@?")
