@@ -239,13 +239,11 @@ Value rawEventAction(const host::ActionRequest& request, std::string*) {
   return {};
 }
 
-id sharedInstance(id cls, SEL) { return sharedOf(class_getName(reinterpret_cast<Class>(cls))); }
-
 }  // namespace
 
 void defineSpringBoardBiometrics() {
   ClassBuilder("BiometricKit", "NSObject")
-      .classMethod("manager", imp(sharedInstance), "@@:")
+      .classMethod("manager", imp(sharedInstanceOf), "@@:")
       .instance("identities:", imp(kitIdentities), "@@:@")
       .instance("delegate", imp(kitDelegate), "@@:")
       .instance("setDelegate:", imp(kitSetDelegate), "v@:@")
@@ -253,7 +251,8 @@ void defineSpringBoardBiometrics() {
       .instance("match:withOptions:", imp(kitMatchWithOptions), "C@:@@")
       .instance("detectFingerWithOptions:", imp(kitMatchWithOptions), "C@:@")
       .instance("enableBackgroundFdet:", imp(kitRecord), "v@:C")
-      .instance("enableBackgroundFingerDetection:error:", imp(kitEnableBackgroundDetection), "C@:C^@")
+      .instance("enableBackgroundFingerDetection:error:", imp(kitEnableBackgroundDetection),
+                "C@:C^@")
       .build();
   ClassBuilder("BiometricKitIdentity", "NSObject").build();
   ClassBuilder("BiometricKitMatchOperation", "NSObject")
@@ -264,7 +263,7 @@ void defineSpringBoardBiometrics() {
         .ivar("_observers")
         .ivar("_isMatchingEnabled", "C")
         .ivar("_isMatchingAllowed", "C")
-        .classMethod("sharedInstance", imp(sharedInstance), "@@:")
+        .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
         .instance("addObserver:", imp(addObserver), "v@:@")
         .instance("removeObserver:", imp(removeObserver), "v@:@")
         .instance("acquireMatchingAssertionWithMode:reason:", imp(acquireAssertion), "@@:Q@")
@@ -276,7 +275,7 @@ void defineSpringBoardBiometrics() {
         .instance("invalidate", imp(assertionInvalidate), "v@:")
         .build();
     ClassBuilder("SBLockScreenMesaCoordinator", "NSObject")
-        .classMethod("sharedInstance", imp(sharedInstance), "@@:")
+        .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
         .instance("biometricResource:observeEvent:", imp(lockScreenResourceEvent), "v@:@Q")
         .build();
   } else {
@@ -284,7 +283,7 @@ void defineSpringBoardBiometrics() {
         .ivar("_observers")
         .ivar("_matchingEnabled", "C")
         .ivar("_isMatching", "C")
-        .classMethod("sharedInstance", imp(sharedInstance), "@@:")
+        .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
         .instance("addObserver:", imp(addObserver), "v@:@")
         .instance("removeObserver:", imp(removeObserver), "v@:@")
         .instance("_setMatchingEnabled:", imp(monitorSetMatchingEnabled), "v@:C")
@@ -300,7 +299,7 @@ void defineSpringBoardBiometrics() {
     if (atLeast(10)) {
       ClassBuilder("_SBUIBiometricKitInterface", "NSObject")
           .ivar("_delegate")
-          .classMethod("sharedInstance", imp(sharedInstance), "@@:")
+          .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
           .instance("delegate", imp(interfaceDelegate), "@@:")
           .instance("setDelegate:", imp(interfaceSetDelegate), "v@:@")
           .build();

@@ -199,8 +199,9 @@ TEST(CatalogTest, ClassesOwnOrInheritWhatTheyDoOnTheDevice) {
        {"layoutSubviews", "touchesEnded:withEvent:"}},
       {"SpringBoard",
        "UIApplication",
-       {"powerDown", "_lockButtonUp:fromSource:", "_handleGotoHomeScreenShortcut:"},
-       {"applicationDidResume", "launchApplicationWithIdentifier:suspended:"}},
+       {"powerDown", "_lockButtonUp:fromSource:", "_handleGotoHomeScreenShortcut:",
+        "launchApplicationWithIdentifier:suspended:"},
+       {"applicationDidResume", "isSuspended"}},
   };
   for (const auto& layout : kLayouts) {
     Class cls = classNamed(layout.name);
@@ -227,7 +228,7 @@ TEST(CatalogTest, CatalogCallsAreRecordedAndAnswerZero) {
   CGRect rect = send<CGRect>(container, Sel("_contentFrameForRestState"));
   EXPECT_TRUE(rect.origin.x == 0 && rect.origin.y == 0 && rect.size.width == 0 &&
               rect.size.height == 0);
-  EXPECT_EQ(send<BOOL>(sharedOf("SBUIController"), Sel("isAppSwitcherShowing")), 0);
+  EXPECT_EQ(send<BOOL>(sharedOf("SBAssistantController"), Sel("isPluginVisible")), 0);
   EXPECT_EQ(send<double>(sharedOf("SBBacklightController"), Sel("defaultLockScreenDimInterval")),
             0.0);
   send<void>(wifi, Sel("presentViewController:animated:completion:"), id{nullptr}, BOOL{1},
@@ -242,7 +243,7 @@ TEST(CatalogTest, CatalogCallsAreRecordedAndAnswerZero) {
            "CCUIContentModuleContainerViewController "
            "-_previewInteraction:viewControllerPresentationForPresentingViewController:",
            "CCUIContentModuleContainerViewController -_contentFrameForRestState",
-           "SBUIController -isAppSwitcherShowing",
+           "SBAssistantController -isPluginVisible",
            "SBBacklightController -defaultLockScreenDimInterval",
            // An inherited catalog method names the receiver's own class.
            "CCUIConnectivityWifiViewController -presentViewController:animated:completion:",
