@@ -50,6 +50,10 @@ const ActionSpec kActions[] = {
     {"SpringBoard", "open-url", 1, 3, "open-url URL [in BUNDLE-ID]",
      "an URL open handled by SpringBoard, in the app owning its scheme or in the app given (a "
      "link an app opens in a particular app)"},
+    {"SpringBoard", "ui-activate", 1, 1, "ui-activate BUNDLE-ID",
+     "SpringBoard's UI controller activates the app with this version's one-argument method "
+     "(_activateApplicationFromAccessibility:, activateApplication: or "
+     "activateApplicationAnimated:), as a stored call does"},
     {"SpringBoard", "open-app", 1, 4, "open-app BUNDLE-ID [suspended] [origin NAME]",
      "another process asks SpringBoard to open an app (suspended: in the background; origin: "
      "the request's launch origin, such as __SBLaunchOriginShortcutItem)"},

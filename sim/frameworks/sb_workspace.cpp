@@ -13,6 +13,7 @@
 #include "sim/frameworks/state.h"
 #include "sim/frameworks/system.h"
 #include "sim/frameworks/uikit.h"
+#include "sim/host/actions.h"
 #include "sim/host/classes.h"
 #include "sim/host/link.h"
 
@@ -102,6 +103,26 @@ void uiActivate(id self, SEL, id application) {
 }
 void uiActivateFromIcon(id, SEL, id application, id, long) {
   if (application != nullptr) activate(application, "ActivateApplication");
+}
+
+// ui-activate BUNDLE-ID: the UI controller activates the app with this
+// version's one-argument method, as an accessibility request (iOS 11) or a
+// call kept for later does.
+platform::Value uiActivateAction(const host::ActionRequest& request, std::string* error) {
+  id app = applicationNamed(request.args[0]);
+  if (app == nullptr) {
+    *error = "no app " + request.args[0];
+    return {};
+  }
+  id ui = sharedOf("SBUIController");
+  for (const char* selector : {"_activateApplicationFromAccessibility:", "activateApplication:",
+                               "activateApplicationAnimated:"}) {
+    if (!platform::respondsTo(ui, Sel(selector))) continue;
+    host::logEvent("ui", std::string("SBUIController -") + selector + " " + request.args[0]);
+    send<void>(ui, Sel(selector), app);
+    break;
+  }
+  return {};
 }
 
 // ---- Shared instances ----
@@ -233,6 +254,7 @@ void defineSpringBoardWorkspace() {
   addCatalogued(transaction, "-initWithAlertManager:from:to:withResult:", imp(appToAppInit));
   addCatalogued(transaction, "-begin", imp(transactionBegin));
   transaction.build();
+  host::registerAction("ui-activate", uiActivateAction);
 }
 
 }  // namespace kv::sim::frameworks
