@@ -44,7 +44,9 @@ const ActionSpec kActions[] = {
     {"*", "hold", 2, 2, "hold CLASS SELECTOR",
      "keep the next call of that instance method instead of running it, as a guard keeps a "
      "call for after authentication (arguments retained, blocks copied; the caller gets zero)"},
-    {"*", "replay", 0, 0, "replay", "invoke the kept call now, through the same method"},
+    {"*", "replay", 0, 1, "replay [ARGUMENTS]",
+     "invoke the kept call now, through the same method; with ARGUMENTS, every argument after "
+     "the first ARGUMENTS is nil or zero, as in a stored call that carries fewer"},
     {"SpringBoard", "tap", 1, 1, "tap BUNDLE-ID", "tap the app's icon on the home screen"},
     {"SpringBoard", "tap-folder", 1, 1, "tap-folder NAME", "tap a folder icon by display name"},
     {"SpringBoard", "open-url", 1, 3, "open-url URL [in BUNDLE-ID]",

@@ -130,8 +130,9 @@ void pickFromForceTouch(id controller, id item) {
   requestOpenApplication({bundle, false, kShortcutOrigin});
 }
 
-// A force press on the icon: the menu shows, unless something holds it back.
-bool forceTouch(const std::string& bundle, std::string* error) {
+}  // namespace
+
+bool forceTouchIcon(const std::string& bundle, std::string* error) {
   if (!atLeast(9) || system().ipad) {
     *error = "no 3D Touch on this device";
     return false;
@@ -156,8 +157,10 @@ bool forceTouch(const std::string& bundle, std::string* error) {
   return true;
 }
 
+namespace {
+
 Value forceTouchAction(const host::ActionRequest& request, std::string* error) {
-  forceTouch(request.args[0], error);
+  forceTouchIcon(request.args[0], error);
   return {};
 }
 
@@ -165,7 +168,7 @@ Value forceTouchAction(const host::ActionRequest& request, std::string* error) {
 // chooses item INDEX (0 first).
 Value shortcutAction(const host::ActionRequest& request, std::string* error) {
   const std::string& bundle = request.args[0];
-  if (springBoard().shortcutMenu != bundle && !forceTouch(bundle, error)) return {};
+  if (springBoard().shortcutMenu != bundle && !forceTouchIcon(bundle, error)) return {};
   if (springBoard().shortcutMenu != bundle) {
     host::logEvent("shortcut", "no menu of " + bundle + " shows");
     return {};

@@ -86,6 +86,11 @@ struct OpenRequest {
 // FrontBoard's system service does, with a reply block.
 void requestOpenApplication(const OpenRequest& request);
 
+// A force press on an app's icon: its shortcut menu shows unless something
+// holds the presentation back. False with *error where there is no 3D Touch
+// or no icon to press.
+bool forceTouchIcon(const std::string& bundleIdentifier, std::string* error);
+
 // Presses the lock button the way this version's hardware does.
 void pressLockButton();
 

@@ -3,8 +3,9 @@
 // keeps the next call of that instance method as an NSInvocation (arguments
 // retained, blocks copied) instead of running it, and the caller gets zero;
 // "replay" invokes the kept call, through the same method, whenever the
-// scenario says. Until a call is caught, the method's implementation is a
-// libffi closure of the method's own signature.
+// scenario says; "replay N" first clears every argument after the first N,
+// as a guard whose stored call carries fewer arguments replays it. Until a call is caught, the
+// method's implementation is a libffi closure of the method's own signature.
 #include <ffi.h>
 
 #include <algorithm>
@@ -173,15 +174,37 @@ Value holdAction(const ActionRequest& request, std::string* error) {
   return {};
 }
 
-Value replayAction(const ActionRequest&, std::string* error) {
+// Sets every argument after the first `kept` to zero (nil, NO, 0).
+void clearArgumentsAfter(id invocation, unsigned long kept) {
+  id signature = send<id>(invocation, Sel("methodSignature"));
+  auto count = send<platform::UInteger>(signature, Sel("numberOfArguments"));
+  for (platform::UInteger i = 2 + kept; i < count; ++i) {
+    alignas(16) unsigned char zero[64] = {};
+    send<void>(invocation, Sel("setArgument:atIndex:"), static_cast<void*>(zero),
+               static_cast<platform::Integer>(i));
+  }
+}
+
+// replay [N]
+Value replayAction(const ActionRequest& request, std::string* error) {
   Held& h = held();
   if (!h.invocation) {
     *error =
         h.method != nullptr ? nameOf(h) + " was not called: nothing is held" : "nothing is held";
     return {};
   }
+  if (!request.args.empty() &&
+      request.args[0].find_first_not_of("0123456789") != std::string::npos) {
+    *error = "expected replay [ARGUMENTS]";
+    return {};
+  }
   Retained invocation = std::move(h.invocation);
-  logEvent("replay", nameOf(h));
+  std::string kept;
+  if (!request.args.empty()) {
+    clearArgumentsAfter(invocation.get(), std::stoul(request.args[0]));
+    kept = " with its first " + request.args[0] + " argument(s)";
+  }
+  logEvent("replay", nameOf(h) + kept);
   send<void>(invocation.get(), Sel("invoke"));
   return {};
 }

@@ -104,12 +104,18 @@ TEST(CatalogTest, SpringBoardOnIOS8) {
       .present = {"SBWorkspace", "SBUserAgent -launchFromPushOrLocalBulletin:origin:",
                   "SBAppSliderSnapshotView", "PLCameraView", "SBLockScreenSlideUpToAppController",
                   "SBUIBiometricEventMonitor", "FBSystemService", "SBControlCenterButton",
-                  "SpringBoard -_rebootNow", "PKGlyphView", "__NSStackBlock__", "TUCallCenter"},
+                  "SpringBoard -_rebootNow", "PKGlyphView", "__NSStackBlock__", "TUCallCenter",
+                  "SBUIController -appSwitcher:wantsToActivateApplication:",
+                  "SBCCQuickLaunchSectionController -_activateAppWithBundleId:url:"},
       .absent = {"SBMainWorkspace", "SBDashBoardViewController", "_SBUIBiometricKitInterface",
                  "NCNotificationPriorityListViewController", "SBAppSwitcherSnapshotView",
                  "SBFluidSwitcherGestureWorkspaceTransaction", "CCUIRoundButton",
                  "SpringBoard -_rebootNow:", "UIPreviewInteractionController",
-                 "PrefsListController", "CAMViewfinderViewController", "PHAudioCallViewController"},
+                 "PrefsListController", "CAMViewfinderViewController", "PHAudioCallViewController",
+                 "SBApplicationShortcutMenu", "SBDisplayItem",
+                 "FBSystemServiceOpenApplicationRequest",
+                 "SBUIController "
+                 "-appSwitcher:wantsToActivateDisplayLayout:displayIDsToURLs:displayIDsToActions:"},
   });
 }
 
@@ -122,11 +128,17 @@ TEST(CatalogTest, SpringBoardOnIOS10) {
                   "NCNotificationPriorityListViewController", "_SBUIBiometricKitInterface",
                   "SBUIBiometricEventMonitor", "SBAppSwitcherSnapshotView", "SBRestartManager",
                   "SBMainSwitcherViewController -toggleSwitcherNoninteractively",
-                  "CCUIControlCenterPushButton", "SBUserAgent", "UIPreviewInteractionController"},
+                  "CCUIControlCenterPushButton", "SBUserAgent", "UIPreviewInteractionController",
+                  "SBMainWorkspaceTransitionRequest -activatingApps",
+                  "FBSOpenApplicationOptions -dictionary",
+                  "SBSwitcherForcePressSystemGestureTransaction",
+                  "SBMainSwitcherViewController -switcherContentController:selectedItem:",
+                  "SBIconController -_appIconForceTouchIconView"},
       .absent = {"SBWorkspace", "SBAppSliderSnapshotView", "PLCameraView", "CCUIRoundButton",
                  "SBDashBoardViewController -_activateCameraAnimated:", "SBUIBiometricResource",
                  "SBMainSwitcherViewController -toggleSwitcherNoninteractivelyWithSource:",
-                 "SBFluidSwitcherGestureWorkspaceTransaction", "SBApplicationShortcutMenu"},
+                 "SBFluidSwitcherGestureWorkspaceTransaction", "SBApplicationShortcutMenu",
+                 "SBCCQuickLaunchSectionController", "SBUIController -_toggleSwitcher"},
   });
 }
 
@@ -143,7 +155,8 @@ TEST(CatalogTest, SpringBoardOnIOS11) {
                   "-observer:addBulletin:forFeed:playLightsAndSirens:withReply:"},
       .absent = {"SBUserAgent", "SBAppSwitcherSnapshotView", "SBUIBiometricEventMonitor",
                  "CCUIControlCenterPushButton", "SBWorkspace", "SBLockScreenCameraController",
-                 "NCBulletinNotificationSource -observer:addBulletin:forFeed:"},
+                 "NCBulletinNotificationSource -observer:addBulletin:forFeed:",
+                 "SBMainWorkspaceTransitionRequest -activatingApps"},
   });
 }
 
