@@ -63,7 +63,7 @@ const ActionSpec kActions[] = {
      "the system opens an app (a clock alarm, Siri): SBUserAgent through iOS 10, an "
      "open-application request on iOS 11; the screen stays as it is"},
     {"SpringBoard", "bulletin", 2, 2, "bulletin BUNDLE-ID TEXT",
-     "a notification of that app arrives"},
+     "a notification bulletin of that app arrives, reading TEXT"},
     {"SpringBoard", "tap-bulletin", 1, 1, "tap-bulletin BUNDLE-ID|INDEX",
      "tap the app's latest notification (or by index among those not yet tapped, oldest 0): on "
      "the lock screen while locked, else in the notification centre"},
