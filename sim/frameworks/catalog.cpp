@@ -361,7 +361,7 @@ const std::vector<CatalogClass>& table() {
           {"-_lockButtonUpFromSource:", "v@:q", kEver, through(9)},
           {"-_lockButtonDown:fromSource:", "v@:@q", since(10), through(10)},
           {"-_lockButtonUp:fromSource:", "v@:@q", since(10), through(10)},
-          {"-lockHardwareButton", "@@:", since(11)},
+          {"-lockHardwareButton", "@@:", since(10, 2)},
           {"-quitTopApplication:", "v@:@", kEver, through(9)},
           {"-_handleGotoHomeScreenShortcut:", "v@:@", since(10)},
       }},
@@ -386,11 +386,11 @@ const std::vector<CatalogClass>& table() {
           {"-activateCameraAnimated:", "v@:C", since(10), through(10)},
           {"-_activateCameraAnimated:", "v@:C", since(11)},
       }},
-      {"SBLockHardwareButton", "NSObject", kSpringBoard, since(11), kStill, {
+      {"SBLockHardwareButton", "NSObject", kSpringBoard, since(10, 2), kStill, {
           {"-singlePress:", "v@:@"},
           {"-buttonActions", "@@:"},
       }},
-      {"SBLockHardwareButtonActions", "NSObject", kSpringBoard, since(11), kStill, {
+      {"SBLockHardwareButtonActions", "NSObject", kSpringBoard, since(10, 2), kStill, {
           {"-performSinglePressAction", "v@:"},
       }},
       {"SBBacklightController", "NSObject", kSpringBoard, kEver, kStill, {

@@ -7,6 +7,7 @@
 #include "platform/functions.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
+#include "sim/frameworks/catalog.h"
 #include "sim/frameworks/springboard.h"
 #include "sim/frameworks/state.h"
 #include "sim/frameworks/system.h"
@@ -201,11 +202,13 @@ Value screenAction(const host::ActionRequest& request, std::string* error) {
 
 }  // namespace
 
+// The hardware button object from iOS 10.2 on; SpringBoard's own handlers
+// with a button argument before (iOS 10.0 and 10.1), without one earlier.
 void pressLockButton() {
   id app = sharedOf("SpringBoard");
-  if (atLeast(11)) {
+  if (platform::respondsTo(app, Sel("lockHardwareButton"))) {
     send<void>(lockHardwareButton(nullptr, nullptr), Sel("singlePress:"), id{nullptr});
-  } else if (atLeast(10)) {
+  } else if (platform::respondsTo(app, Sel("_lockButtonDown:fromSource:"))) {
     send<void>(app, Sel("_lockButtonDown:fromSource:"), id{nullptr}, kHardwareButtonSource);
     send<void>(app, Sel("_lockButtonUp:fromSource:"), id{nullptr}, kHardwareButtonSource);
   } else {
@@ -216,15 +219,11 @@ void pressLockButton() {
 
 // SpringBoard's lock-button handlers, added to the SpringBoard class.
 void addLockButtons(ClassBuilder& springBoardClass) {
-  if (atLeast(11)) {
-    springBoardClass.instance("lockHardwareButton", imp(lockHardwareButton), "@@:");
-  } else if (atLeast(10)) {
-    springBoardClass.instance("_lockButtonDown:fromSource:", imp(lockButtonDownWithSource), "v@:@q")
-        .instance("_lockButtonUp:fromSource:", imp(lockButtonUpWithSource), "v@:@q");
-  } else {
-    springBoardClass.instance("_lockButtonDownFromSource:", imp(lockButtonDownFromSource), "v@:q")
-        .instance("_lockButtonUpFromSource:", imp(lockButtonUpFromSource), "v@:q");
-  }
+  addCatalogued(springBoardClass, "-lockHardwareButton", imp(lockHardwareButton));
+  addCatalogued(springBoardClass, "-_lockButtonDown:fromSource:", imp(lockButtonDownWithSource));
+  addCatalogued(springBoardClass, "-_lockButtonUp:fromSource:", imp(lockButtonUpWithSource));
+  addCatalogued(springBoardClass, "-_lockButtonDownFromSource:", imp(lockButtonDownFromSource));
+  addCatalogued(springBoardClass, "-_lockButtonUpFromSource:", imp(lockButtonUpFromSource));
 }
 
 void defineSpringBoardLock() {
@@ -235,7 +234,7 @@ void defineSpringBoardLock() {
       .instance("unlockUIFromSource:withOptions:", imp(unlockUI), "C@:q@")
       .instance("_bioAuthenticated:", imp(bioAuthenticated), "v@:@")
       .build();
-  if (atLeast(11)) {
+  if (cataloguedHere("SBLockHardwareButton")) {
     ClassBuilder("SBLockHardwareButton", "NSObject")
         .instance("singlePress:", imp(singlePress), "v@:@")
         .instance("buttonActions", imp(buttonActions), "@@:")

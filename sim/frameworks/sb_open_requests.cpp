@@ -63,11 +63,9 @@ id optionsOf(const OpenRequest& request) {
 // it once.
 void carryOut(id bundleIdentifier, id options, id completion) {
   std::string bundle = platform::toString(bundleIdentifier);
-  auto option = [options](const char* key) {
-    return send<id>(options, Sel("objectForKey:"), platform::makeString(key));
-  };
-  bool suspended = send<BOOL>(option(kActivateSuspended), Sel("boolValue")) != 0;
-  std::string origin = platform::toString(option(kLaunchOrigin));
+  bool suspended =
+      send<BOOL>(platform::objectForKey(options, kActivateSuspended), Sel("boolValue")) != 0;
+  std::string origin = platform::toString(platform::objectForKey(options, kLaunchOrigin));
   host::logEvent("open-app", bundle + (suspended ? " suspended" : "") +
                                  (origin.empty() ? "" : " origin " + origin));
   id app = applicationNamed(bundle);

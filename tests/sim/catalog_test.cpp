@@ -138,7 +138,8 @@ TEST(CatalogTest, SpringBoardOnIOS10) {
                  "SBDashBoardViewController -_activateCameraAnimated:", "SBUIBiometricResource",
                  "SBMainSwitcherViewController -toggleSwitcherNoninteractivelyWithSource:",
                  "SBFluidSwitcherGestureWorkspaceTransaction", "SBApplicationShortcutMenu",
-                 "SBCCQuickLaunchSectionController", "SBUIController -_toggleSwitcher"},
+                 "SBCCQuickLaunchSectionController", "SBUIController -_toggleSwitcher",
+                 "SBLockHardwareButton", "SpringBoard -lockHardwareButton"},
   });
 }
 
