@@ -12,6 +12,7 @@ packages=(
   libobjc-12-dev       # GCC's Objective-C runtime: headers and library
   libgnustep-base-dev  # GNUstep Base: the real Foundation of the simulated device
   libblocksruntime-dev # the blocks runtime (Block_copy, _NSConcreteStackBlock)
+  libffi-dev           # closures of the simulated device's "hold" action
   libgtest-dev
   libgmock-dev
   libbenchmark-dev

@@ -41,13 +41,55 @@ const ActionSpec kActions[] = {
     {"*", "load-image", 1, 1, "load-image NAME",
      "a library loads after start-up (another extension's, a late platform bundle): its classes "
      "appear, then the image-added callbacks run"},
+    {"*", "hold", 2, 2, "hold CLASS SELECTOR",
+     "keep the next call of that instance method instead of running it, as a guard keeps a "
+     "call for after authentication (arguments retained, blocks copied; the caller gets zero)"},
+    {"*", "replay", 0, 1, "replay [ARGUMENTS]",
+     "invoke the kept call now, through the same method; with ARGUMENTS, every argument after "
+     "the first ARGUMENTS is nil or zero, as in a stored call that carries fewer"},
     {"SpringBoard", "tap", 1, 1, "tap BUNDLE-ID", "tap the app's icon on the home screen"},
     {"SpringBoard", "tap-folder", 1, 1, "tap-folder NAME", "tap a folder icon by display name"},
-    {"SpringBoard", "open-url", 1, 1, "open-url URL", "an URL open handled by SpringBoard"},
+    {"SpringBoard", "open-url", 1, 3, "open-url URL [in BUNDLE-ID]",
+     "an URL open handled by SpringBoard, in the app owning its scheme or in the app given (a "
+     "link an app opens in a particular app)"},
+    {"SpringBoard", "ui-activate", 1, 1, "ui-activate BUNDLE-ID",
+     "SpringBoard's UI controller activates the app with this version's one-argument method "
+     "(_activateApplicationFromAccessibility:, activateApplication: or "
+     "activateApplicationAnimated:), as a stored call does"},
+    {"SpringBoard", "open-app", 1, 4, "open-app BUNDLE-ID [suspended] [origin NAME]",
+     "another process asks SpringBoard to open an app (suspended: in the background; origin: "
+     "the request's launch origin, such as __SBLaunchOriginShortcutItem)"},
+    {"SpringBoard", "system-open", 1, 2, "system-open BUNDLE-ID [URL]",
+     "the system opens an app (a clock alarm, Siri): SBUserAgent through iOS 10, an "
+     "open-application request on iOS 11; the screen stays as it is"},
+    {"SpringBoard", "bulletin", 2, 2, "bulletin BUNDLE-ID TEXT",
+     "a notification bulletin of that app arrives, reading TEXT"},
+    {"SpringBoard", "tap-bulletin", 1, 1, "tap-bulletin BUNDLE-ID|INDEX",
+     "tap the app's latest notification (or by index among those not yet tapped, oldest 0): on "
+     "the lock screen while locked, else in the notification centre"},
+    {"SpringBoard", "force-touch", 1, 1, "force-touch BUNDLE-ID",
+     "force-press the app's icon: its shortcut menu shows (iPhone, iOS 9 and later)"},
+    {"SpringBoard", "shortcut", 1, 2, "shortcut BUNDLE-ID [INDEX]",
+     "choose item INDEX (0 \"New\", 1 \"Search\") of the app's shortcut menu, force-pressing "
+     "its icon first unless the menu shows"},
+    {"SpringBoard", "cc-launch", 1, 1, "cc-launch BUNDLE-ID",
+     "a quick-launch button of Control Center (com.apple.mobiletimer, com.apple.calculator, "
+     "com.apple.camera)"},
+    {"SpringBoard", "switcher", 0, 0, "switcher",
+     "double-press home: the app switcher shows the recent apps, or closes"},
+    {"SpringBoard", "switcher-select", 1, 1, "switcher-select BUNDLE-ID",
+     "tap the app's card in the switcher"},
+    {"SpringBoard", "force-press-switcher", 0, 0, "force-press-switcher",
+     "force-press the screen's left edge: the previous app comes back (iOS 10 and later)"},
+    {"SpringBoard", "lock-camera-image-well", 0, 0, "lock-camera-image-well",
+     "in the camera opened from the lock screen (iOS 8), tap the last-photo thumbnail"},
     {"SpringBoard", "home", 0, 0, "home", "press the home button"},
     {"SpringBoard", "lock", 0, 0, "lock", "press the lock button"},
     {"SpringBoard", "unlock", 0, 0, "unlock",
      "unlock with the device passcode (or a swipe without one)"},
+    {"SpringBoard", "screen", 1, 1, "screen on|off",
+     "the display wakes (a touch) or sleeps (the idle timer) through the backlight; the lock "
+     "stays as it is"},
     {"SpringBoard", "prompt", 2, 2, "prompt passcode DIGITS | prompt button N",
      "type digits into the Kavelin prompt's passcode field, or tap its button N "
      "(0 Cancel, 1 Enter passcode)"},
@@ -370,6 +412,21 @@ bool launchedHolds(Runner& r, const Statement& s, std::string* seen) {
   return false;
 }
 
+// switcher / switcher BUNDLE-ID...: it shows (exactly these items, most recent first).
+bool switcherHolds(Runner& r, const Statement& s, std::string* seen) {
+  auto switcher = askSpringBoard(r, "switcher", seen);
+  if (!switcher) return false;
+  std::string items;
+  for (const auto& item : (*switcher)["items"].asArray()) {
+    items += (items.empty() ? "" : " ") + item.asString();
+  }
+  *seen = (*switcher)["visible"].asBool() ? "the switcher shows: " + items : "no switcher shows";
+  if (!(*switcher)["visible"].asBool()) return false;
+  std::string wanted;
+  for (const auto& a : s.predicateArgs) wanted += (wanted.empty() ? "" : " ") + a;
+  return s.predicateArgs.empty() || wanted == items;
+}
+
 bool lockedHolds(Runner& r, const Statement&, std::string* seen) {
   auto locked = askSpringBoard(r, "locked", seen);
   if (!locked) return false;
@@ -417,6 +474,8 @@ const std::vector<PredicateSpec>& predicates() {
       {"prompt", 0, 2, "prompt [title \"TEXT\" | message \"TEXT\" | passcode-field]",
        "a Kavelin prompt is visible (with that item line, message or passcode field)", promptHolds},
       {"locked", 0, 0, "locked", "the device is locked", lockedHolds},
+      {"switcher", 0, -1, "switcher [BUNDLE-ID...]",
+       "the app switcher shows (with exactly these items, most recent first)", switcherHolds},
   };
   return kPredicates;
 }

@@ -245,6 +245,9 @@ const std::vector<CatalogClass>& table() {
       {"SBBookmarkIcon", "SBIcon", kSpringBoard, kEver, kStill, {
           {"-launchFromLocation:context:activationSettings:actions:", "v@:q@@@", since(11)},
       }},
+      {"SBIconView", "UIView", kSpringBoard, kEver, kStill, {
+          {"-icon", "@@:"},
+      }},
       {"SBFolder", "NSObject", kSpringBoard, kEver, kStill, {
           {"-displayName", "@@:"},
           {"-setDisplayName:", "v@:@"},
@@ -288,9 +291,9 @@ const std::vector<CatalogClass>& table() {
           {"-_toggleSwitcher", "C@:", kEver, through(9)},
           {"-appSwitcher:wantsToActivateApplication:", "v@:@@", kEver, through(8)},
           {"-appSwitcher:wantsToActivateDisplayLayout:displayIDsToURLs:displayIDsToActions:",
-           "v@:@@@@", kEver, through(9)},
+           "v@:@@@@", since(9), through(9)},
       }},
-      {"SBWorkspace", "NSObject", kSpringBoard, kEver, through(8), {
+      {"SBWorkspace", "NSObject", kSpringBoard, kEver, through(9), {
           {"-workspace:handleOpenApplicationRequest:withOptions:origin:withResult:", "v@:@@@@@?"},
       }},
       {"SBMainWorkspace", "NSObject", kSpringBoard, since(10), kStill, {
@@ -298,6 +301,21 @@ const std::vector<CatalogClass>& table() {
           {"-systemService:handleOpenApplicationRequest:withCompletion:", "v@:@@@?"},
           {"-_setCurrentTransactionForRequest:fallbackProvider:", "C@:@@"},
           {"-alertManager", "@@:"},
+      }},
+      {"SBMainWorkspaceTransitionRequest", "NSObject", kSpringBoard, since(10), kStill, {
+          {"-eventLabel", "@@:"},
+          {"-activatingApps", "@@:", since(10), through(10)},
+          {"-toApplicationSceneEntities", "@@:"},
+      }},
+      {"SBDeviceApplicationSceneEntity", "NSObject", kSpringBoard, since(10), kStill, {
+          {"-application", "@@:"},
+      }},
+      {"FBSystemServiceOpenApplicationRequest", "NSObject", kSpringBoard, since(10), kStill, {
+          {"-bundleIdentifier", "@@:"},
+          {"-options", "@@:"},
+      }},
+      {"FBSOpenApplicationOptions", "NSObject", kSpringBoard, since(10), kStill, {
+          {"-dictionary", "@@:"},
       }},
       {"SBAppToAppWorkspaceTransaction", "NSObject", kSpringBoard, kEver, kStill, {
           {"-initWithAlertManager:from:to:withResult:", "@@:@@@@?"},
@@ -318,6 +336,7 @@ const std::vector<CatalogClass>& table() {
       }},
       {"SpringBoard", "UIApplication", kSpringBoard, kEver, kStill, {
           {"-_accessibilityFrontMostApplication", "@@:"},
+          {"-launchApplicationWithIdentifier:suspended:", "C@:@C"},
           {"-displayIDForURLScheme:isPublic:", "@@:@C"},
           {"-_menuButtonDown:", "v@:@"},
           {"-_menuButtonUp:", "v@:@"},
@@ -342,7 +361,7 @@ const std::vector<CatalogClass>& table() {
           {"-_lockButtonUpFromSource:", "v@:q", kEver, through(9)},
           {"-_lockButtonDown:fromSource:", "v@:@q", since(10), through(10)},
           {"-_lockButtonUp:fromSource:", "v@:@q", since(10), through(10)},
-          {"-lockHardwareButton", "@@:", since(11)},
+          {"-lockHardwareButton", "@@:", since(10, 2)},
           {"-quitTopApplication:", "v@:@", kEver, through(9)},
           {"-_handleGotoHomeScreenShortcut:", "v@:@", since(10)},
       }},
@@ -367,11 +386,11 @@ const std::vector<CatalogClass>& table() {
           {"-activateCameraAnimated:", "v@:C", since(10), through(10)},
           {"-_activateCameraAnimated:", "v@:C", since(11)},
       }},
-      {"SBLockHardwareButton", "NSObject", kSpringBoard, since(11), kStill, {
+      {"SBLockHardwareButton", "NSObject", kSpringBoard, since(10, 2), kStill, {
           {"-singlePress:", "v@:@"},
           {"-buttonActions", "@@:"},
       }},
-      {"SBLockHardwareButtonActions", "NSObject", kSpringBoard, since(11), kStill, {
+      {"SBLockHardwareButtonActions", "NSObject", kSpringBoard, since(10, 2), kStill, {
           {"-performSinglePressAction", "v@:"},
       }},
       {"SBBacklightController", "NSObject", kSpringBoard, kEver, kStill, {
@@ -546,7 +565,7 @@ const std::vector<CatalogClass>& table() {
           {"-activateSwitcherNoninteractivelyWithSource:", "C@:q", since(11)},
           {"-dismissSwitcherNoninteractively", "C@:", since(11)},
           {"-_setReturnToDisplayItem:", "v@:@", since(11)},
-          {"-switcherContentController:selectedItem:", "v@:@@", since(11)},
+          {"-switcherContentController:selectedItem:", "v@:@@"},
       }},
       {"SBSwitcherForcePressSystemGestureTransaction", "NSObject", kSpringBoard, since(10),
        kStill, {
@@ -563,6 +582,7 @@ const std::vector<CatalogClass>& table() {
 
       // ---- SpringBoard: notifications ----
       {"BBBulletin", "NSObject", kSpringBoard, kEver, kStill, {
+          {"-section", "@@:"},
           {"-sectionID", "@@:"},
           {"-title", "@@:"},
           {"-message", "@@:"},
@@ -747,8 +767,7 @@ void addMethods(Class cls, const CatalogClass& row) {
     if (alreadyHas(cls, sel, classSide)) continue;
     IMP imp = recorderFor(method);
     if (imp == nullptr) continue;
-    class_addMethod(classSide ? platform::metaclassOf(cls) : cls, sel, imp,
-                    host::runtimeTypes(method.types).c_str());
+    class_addMethod(classSide ? platform::metaclassOf(cls) : cls, sel, imp, method.types);
   }
 }
 
@@ -783,6 +802,31 @@ bool appliesHere(const CatalogClass& cls) {
 
 bool appliesHere(const CatalogMethod& method) {
   return onThisVersion(method.first, method.last);
+}
+
+const CatalogMethod* cataloguedHere(const char* className, const char* method) {
+  const CatalogClass* row = rowNamed(className);
+  if (row == nullptr || !appliesHere(*row)) return nullptr;
+  for (const auto& m : row->methods) {
+    if (std::string_view(m.name) == method && appliesHere(m)) return &m;
+  }
+  return nullptr;
+}
+
+bool cataloguedHere(const char* className) {
+  const CatalogClass* row = rowNamed(className);
+  return row != nullptr && appliesHere(*row);
+}
+
+bool addCatalogued(host::ClassBuilder& builder, const char* method, IMP imp) {
+  const CatalogMethod* m = cataloguedHere(builder.name().c_str(), method);
+  if (m == nullptr) return false;
+  if (method[0] == '+') {
+    builder.classMethod(method + 1, imp, m->types);
+  } else {
+    builder.instance(method + 1, imp, m->types);
+  }
+  return true;
 }
 
 void defineCatalog() {

@@ -4,6 +4,12 @@
 
 #include <vector>
 
+#include "platform/objc.h"
+
+namespace kv::sim::host {
+class ClassBuilder;
+}
+
 namespace kv::sim::frameworks {
 
 // The processes a catalog class lives in (a bit set).
@@ -46,6 +52,19 @@ const std::vector<CatalogClass>& catalog();
 bool appliesHere(const CatalogClass& cls);
 // True iff this version has the method (its class applying).
 bool appliesHere(const CatalogMethod& method);
+
+// The catalog's method of `className` ("-selector" or "+selector") when this
+// process on this version has it, else nullptr.
+const CatalogMethod* cataloguedHere(const char* className, const char* method);
+
+// True iff the catalog gives this process on this version the class.
+bool cataloguedHere(const char* className);
+
+// Gives the class `builder` builds the method ("-selector" or "+selector")
+// with `imp` and the catalog's encoding, when this version has it; answers
+// whether it did. Behaviour modules define version-dependent methods this
+// way, so that which version has what is said once, in the catalog.
+bool addCatalogued(host::ClassBuilder& builder, const char* method, IMP imp);
 
 // Makes every catalog class that applies here exist with every method this
 // version has. A method the class already has (its own, or inherited from a

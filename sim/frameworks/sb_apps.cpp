@@ -7,6 +7,7 @@
 #include "platform/foundation.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
+#include "sim/frameworks/catalog.h"
 #include "sim/frameworks/springboard.h"
 #include "sim/frameworks/state.h"
 #include "sim/frameworks/system.h"
@@ -34,6 +35,8 @@ const std::vector<AppInfo> kApps = {
     {"com.apple.mobilephone", "Phone", {"tel"}},
     {"com.apple.Preferences", "Settings", {"prefs"}},
     {"com.apple.MobileAddressBook", "Contacts", {}},
+    {"com.apple.mobiletimer", "Clock", {"clock-alarm"}},
+    {"com.apple.calculator", "Calculator", {}},
     {"com.quorvan.notesplus", "Notes Plus", {"notesplus"}},
     {"com.quorvan.chatter", "Chatter", {"chatter"}},
 };
@@ -69,14 +72,15 @@ id appDisplayName(id self, SEL) {
 
 // The icon launch of iOS 10 and later: a request to the main workspace.
 BOOL iconLaunchWithContext(id self, SEL, id, long, id, id, id) {
-  launchThroughWorkspace(self, "ActivateApplication");
+  runWorkspaceRequest("ActivateApplication", self);
   return 1;
 }
-// The icon launch of older systems: SpringBoard's UI controller activates.
-BOOL iconLaunch(id self, SEL, id, long) {
+// The icon launch of older systems: SpringBoard's UI controller activates,
+// with the icon where it takes one (iOS 9).
+BOOL iconLaunch(id self, SEL, id icon, long location) {
   id ui = sharedOf("SBUIController");
-  if (atLeast(9)) {
-    send<void>(ui, Sel("activateApplication:"), self);
+  if (platform::respondsTo(ui, Sel("activateApplication:fromIcon:location:"))) {
+    send<void>(ui, Sel("activateApplication:fromIcon:location:"), self, icon, location);
   } else {
     send<void>(ui, Sel("activateApplicationAnimated:"), self);
   }
@@ -112,7 +116,8 @@ id iconFolder(id self, SEL) { return stateOf<IconState>(self).folder.get(); }
 // Launching an app icon: the app's own icon-launch method, by version.
 void launchAppIcon(id icon, long location) {
   id app = stateOf<IconState>(icon).application.get();
-  if (atLeast(10)) {
+  if (platform::respondsTo(app,
+                           Sel("icon:launchFromLocation:context:activationSettings:actions:"))) {
     send<BOOL>(app, Sel("icon:launchFromLocation:context:activationSettings:actions:"), icon,
                location, id{nullptr}, id{nullptr}, id{nullptr});
   } else {
@@ -208,19 +213,19 @@ void iconTapped(id, SEL, id icon) {
 
 // ---- Actions ----
 
-id iconFor(const std::string& bundle) {
-  for (auto& icon : appIcons()) {
-    if (platform::toString(iconBundleID(icon.get(), nullptr)) == bundle) return icon.get();
+// True iff the home screen shows to be tapped; else says why in *error.
+bool homeScreenShows(std::string* error) {
+  if (springBoard().locked || !springBoard().screenOn) {
+    *error = springBoard().locked ? "the device is locked: the home screen cannot be tapped"
+                                  : "the screen is off: the home screen cannot be tapped";
+    return false;
   }
-  return nullptr;
+  return true;
 }
 
 Value tapAction(const host::ActionRequest& request, std::string* error) {
-  if (springBoard().locked) {
-    *error = "the device is locked: the home screen cannot be tapped";
-    return {};
-  }
-  id icon = iconFor(request.args[0]);
+  if (!homeScreenShows(error)) return {};
+  id icon = appIconNamed(request.args[0]);
   if (icon == nullptr) {
     *error = "no icon for " + request.args[0] + " on the home screen";
     return {};
@@ -230,10 +235,7 @@ Value tapAction(const host::ActionRequest& request, std::string* error) {
 }
 
 Value tapFolderAction(const host::ActionRequest& request, std::string* error) {
-  if (springBoard().locked) {
-    *error = "the device is locked: the home screen cannot be tapped";
-    return {};
-  }
+  if (!homeScreenShows(error)) return {};
   for (auto& icon : folderIcons()) {
     if (platform::toString(iconDisplayName(icon.get(), nullptr)) == request.args[0]) {
       send<void>(sharedOf("SBIconController"), Sel("iconTapped:"), icon.get());
@@ -252,10 +254,21 @@ Value homeAction(const host::ActionRequest&, std::string*) {
   return {};
 }
 
+id frontMostApplication(id, SEL) {
+  return springBoard().front == "home" ? nullptr : applicationNamed(springBoard().front);
+}
+
 void menuButtonDown(id, SEL, id) {}
+// Home closes what is open, innermost first: a shortcut menu, the switcher,
+// a folder; then the front app gives way to the home screen.
 void menuButtonUp(id, SEL, id) {
   if (springBoard().locked) {
     host::logEvent("button", "home on the lock screen");
+    return;
+  }
+  if (closeShortcutMenu()) return;
+  if (springBoard().switcherVisible) {
+    pressHomeInSwitcher();
     return;
   }
   if (!springBoard().openFolder.empty()) {
@@ -319,6 +332,14 @@ void makeHomeScreen() {
 const std::vector<AppInfo>& installedApps() { return kApps; }
 const std::vector<FolderInfo>& homeFolders() { return kFolders; }
 
+id appIconNamed(const std::string& bundleIdentifier) {
+  for (auto& icon : appIcons()) {
+    if (platform::toString(iconBundleID(icon.get(), nullptr)) == bundleIdentifier)
+      return icon.get();
+  }
+  return nullptr;
+}
+
 id applicationNamed(const std::string& bundleIdentifier) {
   static auto* apps = new std::map<std::string, Retained>();
   auto it = apps->find(bundleIdentifier);
@@ -338,20 +359,20 @@ void defineSpringBoardApps() {
   app.instance("bundleIdentifier", imp(appBundleIdentifier), "@@:")
       .instance("displayIdentifier", imp(appBundleIdentifier), "@@:")
       .instance("displayName", imp(appDisplayName), "@@:");
-  if (atLeast(10)) {
-    app.instance("icon:launchFromLocation:context:activationSettings:actions:",
-                 imp(iconLaunchWithContext), "C@:@q@@@");
-  } else {
-    app.instance("icon:launchFromLocation:", imp(iconLaunch), "C@:@q");
-  }
+  addCatalogued(app, "-icon:launchFromLocation:context:activationSettings:actions:",
+                imp(iconLaunchWithContext));
+  addCatalogued(app, "-icon:launchFromLocation:", imp(iconLaunch));
   app.build();
   ClassBuilder("SBApplicationController", "NSObject")
+      .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
       .instance("applicationWithBundleIdentifier:", imp(applicationWithBundleIdentifier), "@@:@")
       .instance("applicationWithDisplayIdentifier:", imp(applicationWithBundleIdentifier), "@@:@")
       .instance("allApplications", imp(allApplications), "@@:")
       .build();
   defineIcons();
-  ClassBuilder("SBIconController", "NSObject")
+  ClassBuilder iconController("SBIconController", "NSObject");
+  addForceTouchIconView(iconController);
+  iconController.classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
       .instance("openFolder", imp(openFolder), "@@:")
       .instance("clearHighlightedIcon", imp(clearHighlightedIcon), "v@:")
       .instance("closeFolderAnimated:withCompletion:", imp(closeFolderAnimatedCompletion), "v@:C@?")
@@ -370,10 +391,12 @@ void defineSpringBoardApps() {
   });
 }
 
-// SpringBoard's home-button handlers, added to the SpringBoard class.
+// SpringBoard's home-button handlers and its front app, added to the
+// SpringBoard class.
 void addHomeButton(ClassBuilder& springBoardClass) {
   springBoardClass.instance("_menuButtonDown:", imp(menuButtonDown), "v@:@")
-      .instance("_menuButtonUp:", imp(menuButtonUp), "v@:@");
+      .instance("_menuButtonUp:", imp(menuButtonUp), "v@:@")
+      .instance("_accessibilityFrontMostApplication", imp(frontMostApplication), "@@:");
 }
 
 }  // namespace kv::sim::frameworks

@@ -251,13 +251,11 @@ Value rawEventAction(const host::ActionRequest& request, std::string*) {
   return {};
 }
 
-id sharedInstance(id cls, SEL) { return sharedOf(class_getName(reinterpret_cast<Class>(cls))); }
-
 }  // namespace
 
 void defineSpringBoardBiometrics() {
   ClassBuilder("BiometricKit", "NSObject")
-      .classMethod("manager", imp(sharedInstance), "@@:")
+      .classMethod("manager", imp(sharedInstanceOf), "@@:")
       .instance("identities:", imp(kitIdentities), "@@:@")
       .instance("delegate", imp(kitDelegate), "@@:")
       .instance("setDelegate:", imp(kitSetDelegate), "v@:@")
@@ -265,7 +263,8 @@ void defineSpringBoardBiometrics() {
       .instance("match:withOptions:", imp(kitMatchWithOptions), "C@:@@")
       .instance("detectFingerWithOptions:", imp(kitMatchWithOptions), "C@:@")
       .instance("enableBackgroundFdet:", imp(kitRecord), "v@:C")
-      .instance("enableBackgroundFingerDetection:error:", imp(kitEnableBackgroundDetection), "C@:C^@")
+      .instance("enableBackgroundFingerDetection:error:", imp(kitEnableBackgroundDetection),
+                "C@:C^@")
       .build();
   ClassBuilder("BiometricKitIdentity", "NSObject").build();
   ClassBuilder("BiometricKitMatchOperation", "NSObject")
@@ -276,7 +275,7 @@ void defineSpringBoardBiometrics() {
         .ivar("_observers")
         .ivar("_isMatchingEnabled", "C")
         .ivar("_isMatchingAllowed", "C")
-        .classMethod("sharedInstance", imp(sharedInstance), "@@:")
+        .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
         .instance("addObserver:", imp(addObserver), "v@:@")
         .instance("removeObserver:", imp(removeObserver), "v@:@")
         .instance("observerNames", imp(observerNames), "@@:")
@@ -289,7 +288,7 @@ void defineSpringBoardBiometrics() {
         .instance("invalidate", imp(assertionInvalidate), "v@:")
         .build();
     ClassBuilder("SBLockScreenMesaCoordinator", "NSObject")
-        .classMethod("sharedInstance", imp(sharedInstance), "@@:")
+        .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
         .instance("biometricResource:observeEvent:", imp(lockScreenResourceEvent), "v@:@Q")
         .build();
   } else {
@@ -297,7 +296,7 @@ void defineSpringBoardBiometrics() {
         .ivar("_observers")
         .ivar("_matchingEnabled", "C")
         .ivar("_isMatching", "C")
-        .classMethod("sharedInstance", imp(sharedInstance), "@@:")
+        .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
         .instance("addObserver:", imp(addObserver), "v@:@")
         .instance("removeObserver:", imp(removeObserver), "v@:@")
         .instance("observerNames", imp(observerNames), "@@:")
@@ -314,7 +313,7 @@ void defineSpringBoardBiometrics() {
     if (atLeast(10)) {
       ClassBuilder("_SBUIBiometricKitInterface", "NSObject")
           .ivar("_delegate")
-          .classMethod("sharedInstance", imp(sharedInstance), "@@:")
+          .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
           .instance("delegate", imp(interfaceDelegate), "@@:")
           .instance("setDelegate:", imp(interfaceSetDelegate), "v@:@")
           .build();

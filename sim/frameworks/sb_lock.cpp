@@ -1,12 +1,13 @@
 // The lock and the screen: SBLockScreenManager, the lock button of each
 // version (SBLockHardwareButton on iOS 11, SpringBoard's own handlers before),
 // the backlight, the device-lock and managed-configuration queries, Wi-Fi,
-// and the "lock" and "unlock" actions.
+// and the "lock", "unlock" and "screen" actions.
 #include "platform/blocks.h"
 #include "platform/foundation.h"
 #include "platform/functions.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
+#include "sim/frameworks/catalog.h"
 #include "sim/frameworks/springboard.h"
 #include "sim/frameworks/state.h"
 #include "sim/frameworks/system.h"
@@ -29,8 +30,7 @@ namespace {
 
 constexpr long kHardwareButtonSource = 1;  // a press of the physical button
 constexpr long kPasscodeUnlockSource = 1;  // the passcode or a swipe on the lock screen
-
-id sharedInstance(id cls, SEL) { return sharedOf(class_getName(reinterpret_cast<Class>(cls))); }
+constexpr long kIdleSource = 2;            // the idle timer, or a touch that wakes the screen
 
 // The platform's lock-state notification, state 1 locked, 0 unlocked.
 void postLockState(bool locked) {
@@ -74,6 +74,8 @@ void lockUI(id, SEL, long source, id) {
   if (springBoard().locked) return;
   springBoard().locked = true;
   springBoard().openFolder.clear();
+  closeSwitcher();
+  closeShortcutMenu();
   host::logEvent("lock", "locked (source " + std::to_string(source) + ")");
   lockScreenWantsMatching(true);
   postLockState(true);
@@ -95,20 +97,24 @@ void bioAuthenticated(id self, SEL, id) {
 
 // ---- The lock button ----
 
-// What one press of the lock button does: lock an unlocked device, or wake
-// (or darken) the screen of a locked one.
+// Lights the screen for `source` where the backlight agrees (iOS 10 asks it).
+void wakeScreen(long source) {
+  if (!atLeast(10) || send<BOOL>(sharedOf("SBBacklightController"),
+                                 Sel("shouldTurnOnScreenForBacklightSource:"), source)) {
+    setScreen(true, source);
+  }
+}
+
+// What one press of the lock button does: wake a dark screen; otherwise
+// lock an unlocked device, or darken a locked one.
 void lockButtonPressed() {
-  if (!springBoard().locked) {
+  if (!springBoard().screenOn) {
+    wakeScreen(kHardwareButtonSource);
+  } else if (!springBoard().locked) {
     send<void>(sharedOf("SBLockScreenManager"), Sel("lockUIFromSource:withOptions:"),
                kHardwareButtonSource, id{nullptr});
-    return;
-  }
-  if (springBoard().screenOn) {
+  } else {
     setScreen(false, kHardwareButtonSource);
-  } else if (send<BOOL>(sharedOf("SBBacklightController"),
-                        Sel("shouldTurnOnScreenForBacklightSource:"), kHardwareButtonSource) ||
-             !atLeast(10)) {
-    setScreen(true, kHardwareButtonSource);
   }
 }
 
@@ -181,13 +187,28 @@ Value unlockAction(const host::ActionRequest&, std::string* error) {
   return {};
 }
 
+// screen on|off: the display wakes (a touch, the device raised) or sleeps
+// (the idle timer) through the backlight; the lock stays as it is.
+Value screenAction(const host::ActionRequest& request, std::string* error) {
+  if (request.args[0] == "on") {
+    wakeScreen(kIdleSource);
+  } else if (request.args[0] == "off") {
+    setScreen(false, kIdleSource);
+  } else {
+    *error = "expected screen on|off";
+  }
+  return {};
+}
+
 }  // namespace
 
+// The hardware button object from iOS 10.2 on; SpringBoard's own handlers
+// with a button argument before (iOS 10.0 and 10.1), without one earlier.
 void pressLockButton() {
   id app = sharedOf("SpringBoard");
-  if (atLeast(11)) {
+  if (platform::respondsTo(app, Sel("lockHardwareButton"))) {
     send<void>(lockHardwareButton(nullptr, nullptr), Sel("singlePress:"), id{nullptr});
-  } else if (atLeast(10)) {
+  } else if (platform::respondsTo(app, Sel("_lockButtonDown:fromSource:"))) {
     send<void>(app, Sel("_lockButtonDown:fromSource:"), id{nullptr}, kHardwareButtonSource);
     send<void>(app, Sel("_lockButtonUp:fromSource:"), id{nullptr}, kHardwareButtonSource);
   } else {
@@ -198,26 +219,22 @@ void pressLockButton() {
 
 // SpringBoard's lock-button handlers, added to the SpringBoard class.
 void addLockButtons(ClassBuilder& springBoardClass) {
-  if (atLeast(11)) {
-    springBoardClass.instance("lockHardwareButton", imp(lockHardwareButton), "@@:");
-  } else if (atLeast(10)) {
-    springBoardClass.instance("_lockButtonDown:fromSource:", imp(lockButtonDownWithSource), "v@:@q")
-        .instance("_lockButtonUp:fromSource:", imp(lockButtonUpWithSource), "v@:@q");
-  } else {
-    springBoardClass.instance("_lockButtonDownFromSource:", imp(lockButtonDownFromSource), "v@:q")
-        .instance("_lockButtonUpFromSource:", imp(lockButtonUpFromSource), "v@:q");
-  }
+  addCatalogued(springBoardClass, "-lockHardwareButton", imp(lockHardwareButton));
+  addCatalogued(springBoardClass, "-_lockButtonDown:fromSource:", imp(lockButtonDownWithSource));
+  addCatalogued(springBoardClass, "-_lockButtonUp:fromSource:", imp(lockButtonUpWithSource));
+  addCatalogued(springBoardClass, "-_lockButtonDownFromSource:", imp(lockButtonDownFromSource));
+  addCatalogued(springBoardClass, "-_lockButtonUpFromSource:", imp(lockButtonUpFromSource));
 }
 
 void defineSpringBoardLock() {
   ClassBuilder("SBLockScreenManager", "NSObject")
-      .classMethod("sharedInstance", imp(sharedInstance), "@@:")
+      .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
       .instance("isUILocked", imp(isUILocked), "C@:")
       .instance("lockUIFromSource:withOptions:", imp(lockUI), "v@:q@")
       .instance("unlockUIFromSource:withOptions:", imp(unlockUI), "C@:q@")
       .instance("_bioAuthenticated:", imp(bioAuthenticated), "v@:@")
       .build();
-  if (atLeast(11)) {
+  if (cataloguedHere("SBLockHardwareButton")) {
     ClassBuilder("SBLockHardwareButton", "NSObject")
         .instance("singlePress:", imp(singlePress), "v@:@")
         .instance("buttonActions", imp(buttonActions), "@@:")
@@ -227,7 +244,7 @@ void defineSpringBoardLock() {
         .build();
   }
   ClassBuilder backlight("SBBacklightController", "NSObject");
-  backlight.classMethod("sharedInstance", imp(sharedInstance), "@@:")
+  backlight.classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
       .instance("setBacklightFactor:source:", imp(setBacklightFactor), "v@:fq");
   if (atLeast(10)) {
     backlight.instance("screenIsOn", imp(screenIsOn), "C@:")
@@ -239,18 +256,18 @@ void defineSpringBoardLock() {
   }
   backlight.build();
   ClassBuilder("SBDeviceLockController", "NSObject")
-      .classMethod("sharedController", imp(sharedInstance), "@@:")
+      .classMethod("sharedController", imp(sharedInstanceOf), "@@:")
       .instance("deviceHasPasscodeSet", imp(deviceHasPasscodeSet), "C@:")
       .instance("enablePasscodeLockImmediately", imp(recordCall), "v@:")
       .build();
   ClassBuilder("MCProfileConnection", "NSObject")
-      .classMethod("sharedConnection", imp(sharedInstance), "@@:")
+      .classMethod("sharedConnection", imp(sharedInstanceOf), "@@:")
       .instance("isPasscodeSet", imp(deviceHasPasscodeSet), "C@:")
       .instance("isFingerprintUnlockAllowed", imp(fingerprintUnlockAllowed), "C@:")
       .build();
   ClassBuilder("SBWiFiManager", "NSObject")
       .ivar("_currentNetwork")
-      .classMethod("sharedInstance", imp(sharedInstance), "@@:")
+      .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
       .instance("knownNetworks", imp(knownNetworks), "@@:")
       .build();
   joinNetwork(networkFromDevice(host::request("device-get", {{"key", Value::string("wifi")}})["value"]));
@@ -260,6 +277,7 @@ void defineSpringBoardLock() {
   });
   host::registerAction("lock", lockAction);
   host::registerAction("unlock", unlockAction);
+  host::registerAction("screen", screenAction);
   host::registerQuery("locked", [](const std::vector<std::string>&) {
     return Value::boolean(springBoard().locked);
   });

@@ -1,19 +1,66 @@
-// SpringBoard's classes, defined in dependency order, and its start-up.
+// SpringBoard's classes, defined in dependency order; the classes that
+// several modules give methods to (the application object, the UI
+// controller, the main workspace, the user agent); and SpringBoard's start.
 #include "sim/frameworks/springboard.h"
 
 #include "platform/functions.h"
 #include "platform/runtime.h"
+#include "sim/frameworks/catalog.h"
 #include "sim/frameworks/system.h"
+#include "sim/host/classes.h"
 #include "sim/host/link.h"
 
 namespace kv::sim::frameworks {
 
 void startSpringBoardBiometrics();
 
+using host::ClassBuilder;
+using host::imp;
+
+namespace {
+
+void defineSharedClasses() {
+  ClassBuilder ui("SBUIController", "NSObject");
+  ui.classMethod("sharedInstance", imp(sharedInstanceOf), "@@:");
+  addActivations(ui);
+  addSwitcherControls(ui);
+  ui.build();
+
+  if (cataloguedHere("SBMainWorkspace")) {
+    ClassBuilder workspace("SBMainWorkspace", "NSObject");
+    workspace.classMethod("sharedInstance", imp(sharedInstanceOf), "@@:");
+    addTransactions(workspace);
+    addOpenRequests(workspace);
+    workspace.build();
+  }
+  if (cataloguedHere("SBUserAgent")) {
+    ClassBuilder userAgent("SBUserAgent", "NSObject");
+    userAgent.classMethod("sharedUserAgent", imp(sharedInstanceOf), "@@:");
+    addSystemOpens(userAgent);
+    addBulletinLaunches(userAgent);
+    userAgent.build();
+  }
+
+  ClassBuilder application("SpringBoard", "UIApplication");
+  addHomeButton(application);
+  addLockButtons(application);
+  addURLOpens(application);
+  addApplicationLaunch(application);
+  application.build();
+}
+
+}  // namespace
+
 void defineSpringBoard() {
   defineSpringBoardApps();
   defineSpringBoardLock();
   defineSpringBoardWorkspace();
+  defineSpringBoardOpenRequests();
+  defineSpringBoardBulletins();
+  defineSpringBoardSwitcher();
+  defineSpringBoardShortcuts();
+  defineSpringBoardLaunchers();
+  defineSharedClasses();
   defineSpringBoardBiometrics();
 }
 

@@ -4,10 +4,15 @@
 // actions enter through those classes' own methods.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "platform/objc.h"
+
+namespace kv::sim::host {
+class ClassBuilder;
+}
 
 namespace kv::sim::frameworks {
 
@@ -35,29 +40,118 @@ struct SpringBoardState {
   std::string openFolder;      // display name of the open folder, or ""
   bool locked = false;
   bool screenOn = true;
+  std::vector<std::string> recents;  // apps that came to the front, most recent first
+  bool switcherVisible = false;
+  std::string shortcutMenu;  // the app whose shortcut menu shows, or ""
 };
 SpringBoardState& springBoard();
 
 // The SBApplication for a bundle identifier, or nil.
 id applicationNamed(const std::string& bundleIdentifier);
+// The home screen's icon of an app, or nil.
+id appIconNamed(const std::string& bundleIdentifier);
 
-// Brings an app to the front (or the home screen for "home"), recording it.
+// Brings an app to the front (or the home screen for "home"), recording it
+// and, for an app, putting it first among the recent apps. The switcher and
+// a shortcut menu close.
 void bringToFront(const std::string& bundleIdentifier);
 
-// The platform's own paths, entered by scenario actions and by replays.
-void launchThroughWorkspace(id application, const char* eventLabel);  // iOS 10 and later
-void activateThroughTransaction(id application);                      // before iOS 10
+// ---- The platform's own paths, entered by scenario actions and by replays ----
+
+// A new main-workspace transition request labelled `eventLabel` for
+// `application` (nil for none), iOS 10 and later; the caller owns it. When it
+// runs, the app comes to the front, then `then` runs.
+id newWorkspaceRequest(const char* eventLabel, id application,
+                       std::function<void()> then = nullptr);
+// Sets a request as the main workspace's current transaction: it runs.
+void runWorkspaceRequest(id request);
+// A new request, run at once.
+void runWorkspaceRequest(const char* eventLabel, id application,
+                         std::function<void()> then = nullptr);
+// An app-to-app transaction from the front app to `application` (before
+// iOS 10). A transaction whose init answers nil makes no transition.
+void activateThroughTransaction(id application);
+// Brings `application` to the front as this version's workspace does: a
+// request labelled `eventLabel` from iOS 10 on, an app-to-app transaction
+// before.
+void activate(id application, const char* eventLabel);
+
+// What an open-application request from another process asks for.
+struct OpenRequest {
+  std::string bundleIdentifier;
+  bool suspended = false;  // "__ActivateSuspended": launch in the background
+  std::string origin;      // "__LaunchOrigin" (iOS 10 and later), "" for none
+};
+// Delivers an open-application request to SpringBoard's workspace, as
+// FrontBoard's system service does, with a reply block.
+void requestOpenApplication(const OpenRequest& request);
+
+// A force press on an app's icon: its shortcut menu shows unless something
+// holds the presentation back. False with *error where there is no 3D Touch
+// or no icon to press.
+bool forceTouchIcon(const std::string& bundleIdentifier, std::string* error);
 
 // Presses the lock button the way this version's hardware does.
 void pressLockButton();
 
+// Closes the switcher or a shortcut menu without anything coming to the
+// front (the lock screen covers them); true iff one was showing.
+bool closeSwitcher();
+bool closeShortcutMenu();
+// The home button pressed while the switcher shows: it closes to the home screen.
+void pressHomeInSwitcher();
+
+// ---- Helpers of the SpringBoard modules ----
+
 // The shared instance of a simulated SpringBoard class (created on first use).
 id sharedOf(const char* className);
+// A class method that answers the receiving class's shared instance.
+id sharedInstanceOf(id cls, SEL);
+// -dealloc of a simulated SpringBoard object: its C++ state goes, then
+// NSObject frees it.
+void forgettingDealloc(id self, SEL cmd);
+
+// A reply block (void (^)(id error)) that a platform method must call once:
+// the first call logs "reply WHAT" (with " failed" for an error), any later
+// one a "fault" event. The block lives on the heap; this handle holds one
+// reference, and whoever keeps the call keeps its own.
+class ReplyBlock {
+ public:
+  explicit ReplyBlock(const std::string& what);
+  ~ReplyBlock();
+  ReplyBlock(const ReplyBlock&) = delete;
+  ReplyBlock& operator=(const ReplyBlock&) = delete;
+  id get() const { return block_; }
+
+ private:
+  id block_;
+};
+
+// ---- Class definitions, in SpringBoard's order (springboard.cpp) ----
 
 void defineSpringBoardApps();
-void defineSpringBoardWorkspace();
 void defineSpringBoardLock();
+void defineSpringBoardWorkspace();
+void defineSpringBoardOpenRequests();
+void defineSpringBoardBulletins();
+void defineSpringBoardSwitcher();
+void defineSpringBoardShortcuts();
+void defineSpringBoardLaunchers();
 void defineSpringBoardBiometrics();
 void startSpringBoard();
+
+// Methods that modules give the classes several of them share, before
+// springboard.cpp builds those classes.
+void addHomeButton(host::ClassBuilder& springBoardClass);
+void addLockButtons(host::ClassBuilder& springBoardClass);
+void addURLOpens(host::ClassBuilder& springBoardClass);
+void addApplicationLaunch(host::ClassBuilder& springBoardClass);
+void addActivations(host::ClassBuilder& uiController);
+void addSwitcherControls(host::ClassBuilder& uiController);
+void addTransactions(host::ClassBuilder& mainWorkspace);
+void addOpenRequests(host::ClassBuilder& mainWorkspace);
+void addSystemOpens(host::ClassBuilder& userAgent);
+void addBulletinLaunches(host::ClassBuilder& userAgent);
+void addForceTouchIconView(host::ClassBuilder& iconController);
 
 }  // namespace kv::sim::frameworks

@@ -90,6 +90,9 @@ bool packArgument(const char* type, const Value& v, unsigned char* buffer, std::
       std::memcpy(buffer, &d, sizeof d);
       return true;
     }
+    case '^':  // a pointer or block: only null can be written in JSON
+      std::memset(buffer, 0, sizeof(void*));
+      return v.isNone();
     default:
       *error = std::string("cannot pass an argument of type ") + type;
       return false;

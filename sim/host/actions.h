@@ -31,4 +31,8 @@ void registerQuery(const std::string& name, Query query);
 // Registers the "action" and "run"/"deliver" commands and the core actions.
 void registerCoreCommands();
 
+// Registers the "hold" and "replay" actions, which park the next call of a
+// method and invoke it later, as a guard does (hold.cpp).
+void registerHoldActions();
+
 }  // namespace kv::sim::host

@@ -3,6 +3,9 @@
 
 #include "platform/runtime.h"
 
+// GCC's runtime: rebuilds the dispatch tables of a class and its subclasses.
+extern "C" void __objc_update_dispatch_table_for_class(Class cls);
+
 namespace kv::sim::host {
 
 ClassBuilder::ClassBuilder(const char* name, const char* superclassName)
@@ -37,22 +40,19 @@ Class ClassBuilder::build() {
   for (const auto& m : methods_) {
     Class target = m.classSide ? platform::metaclassOf(cls) : cls;
     class_addMethod(target, platform::selector(m.selector.c_str()), m.imp,
-                    runtimeTypes(m.types).c_str());
+                    m.types.c_str());
   }
   objc_registerClassPair(cls);
   return cls;
 }
 
-std::string runtimeTypes(const std::string& types) {
-  std::string out = types;
-  for (size_t at = out.find("@?"); at != std::string::npos; at = out.find("@?", at + 1))
-    out.erase(at + 1, 1);
-  return out;
-}
-
 id newObject(Class cls) {
   static const platform::Sel kAlloc("alloc"), kInit("init");
   return platform::send<id>(platform::sendClass<id>(cls, kAlloc), kInit);
+}
+
+void refreshDispatchTables(Class cls) {
+  if (cls != nullptr) __objc_update_dispatch_table_for_class(cls);
 }
 
 }  // namespace kv::sim::host

@@ -21,6 +21,9 @@ class ClassBuilder {
   // Adds an instance variable of pointer size holding an object or pointer.
   ClassBuilder& ivar(const char* name, const char* type = "@");
 
+  // The name of the class being built.
+  const std::string& name() const { return name_; }
+
   // Registers the class (once); returns it, or the existing class of that
   // name, or nullptr when the superclass does not exist.
   Class build();
@@ -39,12 +42,6 @@ class ClassBuilder {
   std::vector<std::string> ivarTypes_;
 };
 
-// A method encoding as this process's Foundation can read it: a block
-// argument's "@?" (how a device encodes it) becomes "@". GNUstep's method
-// signatures stop at "@?", which would make every stored call of such a
-// method abort; blocks are objects in a host (blocks.h), so "@" is what they are.
-std::string runtimeTypes(const std::string& types);
-
 template <typename F>
 IMP imp(F* f) {
   return reinterpret_cast<IMP>(f);
@@ -52,5 +49,10 @@ IMP imp(F* f) {
 
 // Returns a new instance (alloc/init; the caller owns it).
 id newObject(Class cls);
+
+// Makes a method implementation changed in `cls` (method_setImplementation)
+// seen by its subclasses: GCC's runtime keeps copies in the dispatch tables
+// of subclasses that have their own methods, and does not update those.
+void refreshDispatchTables(Class cls);
 
 }  // namespace kv::sim::host

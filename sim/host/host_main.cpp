@@ -13,6 +13,7 @@
 #include "sim/host/actions.h"
 #include "sim/host/blocks.h"
 #include "sim/host/fs_redirect.h"
+#include "sim/host/invocations.h"
 #include "sim/host/link.h"
 #include "sim/host/profile.h"
 #include "sim/host/run_loop.h"
@@ -41,6 +42,7 @@ Value::Dictionary hello(const Value& command) {
   host::applyProfile();
   host::installBlockClasses();
   for (const auto& problem : host::installVirtualTime()) host::logEvent("error", "clock: " + problem);
+  for (const auto& problem : host::installBlockArguments()) host::logEvent("error", "invocations: " + problem);
   host::defineMessagingCenter();
   host::defineProbe();
   kv::sim::frameworks::defineFrameworks();
@@ -71,6 +73,7 @@ int main(int argc, char** argv) {
   host::attachToDevice(std::atoi(argv[1] + 5));
   host::registerCoreCommands();
   host::registerImageActions();
+  host::registerHoldActions();
   // What the library installed in this process, as it reports it.
   host::registerQuery("hooks", [](const std::vector<std::string>&) {
     using Report = const char* (*)();

@@ -8,7 +8,7 @@
 #include "platform/foundation.h"
 #include "platform/invocation.h"
 #include "platform/runtime.h"
-#include "sim/host/classes.h"
+#include "sim/host/invocations.h"
 
 namespace kv::sim::host {
 namespace {
@@ -48,24 +48,26 @@ TEST(BlockObjects, BlocksAnswerMessagesByWhereTheyLive) {
   EXPECT_STREQ(platform::classNameOf(platform::asObject(global)), "__NSGlobalBlock__");
 }
 
-TEST(BlockObjects, AStoredCallRetainsItsCopiedBlockArgument) {
+TEST(BlockObjects, AStoredCallKeepsACopyTheCallerLetsGo) {
   installBlockClasses();
+  ASSERT_EQ(installBlockArguments(), std::vector<std::string>{});
   Class cls = objc_allocateClassPair(platform::classNamed("NSObject"), "BlockTaker", 0);
-  class_addMethod(cls, Sel("run:"), reinterpret_cast<IMP>(runCompletion),
-                  runtimeTypes("v@:@?").c_str());
+  class_addMethod(cls, Sel("run:"), reinterpret_cast<IMP>(runCompletion), "v@:@?");
   objc_registerClassPair(cls);
   id taker = send<id>(send<id>(platform::asId(cls), Sel("alloc")), Sel("init"));
   platform::Retained call;
   {
     platform::AutoreleasePool pool;
     int captured = 10;
-    id copied = platform::copyBlock(platform::asObject(^(int x) {
-      gCalls = captured + x;
-    }));
+    // As a guard keeps a block argument: its own copy, by message.
+    id copied = send<id>(platform::asObject(^(int x) {
+                           gCalls = captured + x;
+                         }),
+                         Sel("copy"));
     call = platform::invocationOf(taker, Sel("run:"), copied);
     ASSERT_TRUE(call);
     platform::retainArguments(call.get());
-    platform::releaseBlock(copied);  // the stored call keeps it alive
+    send<void>(copied, Sel("release"));  // the stored call keeps it alive
   }
   gCalls = 0;
   platform::invoke(call.get());

@@ -104,12 +104,18 @@ TEST(CatalogTest, SpringBoardOnIOS8) {
       .present = {"SBWorkspace", "SBUserAgent -launchFromPushOrLocalBulletin:origin:",
                   "SBAppSliderSnapshotView", "PLCameraView", "SBLockScreenSlideUpToAppController",
                   "SBUIBiometricEventMonitor", "FBSystemService", "SBControlCenterButton",
-                  "SpringBoard -_rebootNow", "PKGlyphView", "__NSStackBlock__", "TUCallCenter"},
+                  "SpringBoard -_rebootNow", "PKGlyphView", "__NSStackBlock__", "TUCallCenter",
+                  "SBUIController -appSwitcher:wantsToActivateApplication:",
+                  "SBCCQuickLaunchSectionController -_activateAppWithBundleId:url:"},
       .absent = {"SBMainWorkspace", "SBDashBoardViewController", "_SBUIBiometricKitInterface",
                  "NCNotificationPriorityListViewController", "SBAppSwitcherSnapshotView",
                  "SBFluidSwitcherGestureWorkspaceTransaction", "CCUIRoundButton",
                  "SpringBoard -_rebootNow:", "UIPreviewInteractionController",
-                 "PrefsListController", "CAMViewfinderViewController", "PHAudioCallViewController"},
+                 "PrefsListController", "CAMViewfinderViewController", "PHAudioCallViewController",
+                 "SBApplicationShortcutMenu", "SBDisplayItem",
+                 "FBSystemServiceOpenApplicationRequest",
+                 "SBUIController "
+                 "-appSwitcher:wantsToActivateDisplayLayout:displayIDsToURLs:displayIDsToActions:"},
   });
 }
 
@@ -122,11 +128,18 @@ TEST(CatalogTest, SpringBoardOnIOS10) {
                   "NCNotificationPriorityListViewController", "_SBUIBiometricKitInterface",
                   "SBUIBiometricEventMonitor", "SBAppSwitcherSnapshotView", "SBRestartManager",
                   "SBMainSwitcherViewController -toggleSwitcherNoninteractively",
-                  "CCUIControlCenterPushButton", "SBUserAgent", "UIPreviewInteractionController"},
+                  "CCUIControlCenterPushButton", "SBUserAgent", "UIPreviewInteractionController",
+                  "SBMainWorkspaceTransitionRequest -activatingApps",
+                  "FBSOpenApplicationOptions -dictionary",
+                  "SBSwitcherForcePressSystemGestureTransaction",
+                  "SBMainSwitcherViewController -switcherContentController:selectedItem:",
+                  "SBIconController -_appIconForceTouchIconView"},
       .absent = {"SBWorkspace", "SBAppSliderSnapshotView", "PLCameraView", "CCUIRoundButton",
                  "SBDashBoardViewController -_activateCameraAnimated:", "SBUIBiometricResource",
                  "SBMainSwitcherViewController -toggleSwitcherNoninteractivelyWithSource:",
-                 "SBFluidSwitcherGestureWorkspaceTransaction", "SBApplicationShortcutMenu"},
+                 "SBFluidSwitcherGestureWorkspaceTransaction", "SBApplicationShortcutMenu",
+                 "SBCCQuickLaunchSectionController", "SBUIController -_toggleSwitcher",
+                 "SBLockHardwareButton", "SpringBoard -lockHardwareButton"},
   });
 }
 
@@ -143,7 +156,8 @@ TEST(CatalogTest, SpringBoardOnIOS11) {
                   "-observer:addBulletin:forFeed:playLightsAndSirens:withReply:"},
       .absent = {"SBUserAgent", "SBAppSwitcherSnapshotView", "SBUIBiometricEventMonitor",
                  "CCUIControlCenterPushButton", "SBWorkspace", "SBLockScreenCameraController",
-                 "NCBulletinNotificationSource -observer:addBulletin:forFeed:"},
+                 "NCBulletinNotificationSource -observer:addBulletin:forFeed:",
+                 "SBMainWorkspaceTransitionRequest -activatingApps"},
   });
 }
 
@@ -199,8 +213,9 @@ TEST(CatalogTest, ClassesOwnOrInheritWhatTheyDoOnTheDevice) {
        {"layoutSubviews", "touchesEnded:withEvent:"}},
       {"SpringBoard",
        "UIApplication",
-       {"powerDown", "_lockButtonUp:fromSource:", "_handleGotoHomeScreenShortcut:"},
-       {"applicationDidResume", "launchApplicationWithIdentifier:suspended:"}},
+       {"powerDown", "_lockButtonUp:fromSource:", "_handleGotoHomeScreenShortcut:",
+        "launchApplicationWithIdentifier:suspended:"},
+       {"applicationDidResume", "isSuspended"}},
   };
   for (const auto& layout : kLayouts) {
     Class cls = classNamed(layout.name);
@@ -227,7 +242,7 @@ TEST(CatalogTest, CatalogCallsAreRecordedAndAnswerZero) {
   CGRect rect = send<CGRect>(container, Sel("_contentFrameForRestState"));
   EXPECT_TRUE(rect.origin.x == 0 && rect.origin.y == 0 && rect.size.width == 0 &&
               rect.size.height == 0);
-  EXPECT_EQ(send<BOOL>(sharedOf("SBUIController"), Sel("isAppSwitcherShowing")), 0);
+  EXPECT_EQ(send<BOOL>(sharedOf("SBAssistantController"), Sel("isPluginVisible")), 0);
   EXPECT_EQ(send<double>(sharedOf("SBBacklightController"), Sel("defaultLockScreenDimInterval")),
             0.0);
   send<void>(wifi, Sel("presentViewController:animated:completion:"), id{nullptr}, BOOL{1},
@@ -242,7 +257,7 @@ TEST(CatalogTest, CatalogCallsAreRecordedAndAnswerZero) {
            "CCUIContentModuleContainerViewController "
            "-_previewInteraction:viewControllerPresentationForPresentingViewController:",
            "CCUIContentModuleContainerViewController -_contentFrameForRestState",
-           "SBUIController -isAppSwitcherShowing",
+           "SBAssistantController -isPluginVisible",
            "SBBacklightController -defaultLockScreenDimInterval",
            // An inherited catalog method names the receiver's own class.
            "CCUIConnectivityWifiViewController -presentViewController:animated:completion:",
