@@ -18,6 +18,11 @@ bool splitMethod(const char* method, std::string& name, bool& classMethod) {
   return true;
 }
 
+#if !KV_APPLE_RUNTIME
+// GCC's runtime: rebuilds the dispatch tables of a class and its subclasses.
+extern "C" void __objc_update_dispatch_table_for_class(Class cls);
+#endif
+
 // GCC's runtime gives a class that has never been messaged a shared
 // placeholder dispatch table; changing a method's implementation before the
 // class has its own table writes into that placeholder, where every other
@@ -29,6 +34,18 @@ void prepareDispatchTable(Class cls, SEL sel) {
 #else
   (void)cls;
   (void)sel;
+#endif
+}
+
+// GCC's runtime also keeps a copy of an inherited implementation in the
+// dispatch table of a subclass that has been messaged; a changed
+// implementation reaches those copies only when the tables are rebuilt.
+// Apple's runtime looks methods up afresh through its caches.
+void refreshSubclasses(Class cls) {
+#if !KV_APPLE_RUNTIME
+  __objc_update_dispatch_table_for_class(cls);
+#else
+  (void)cls;
 #endif
 }
 
@@ -70,6 +87,7 @@ InstallStatus installReplacement(const Row& row, Class cls, SEL sel) {
   slots.saved = method_getImplementation(method);
   IMP previous = method_setImplementation(method, info.replacement);
   if (previous != nullptr) slots.saved = previous;
+  refreshSubclasses(cls);
   return InstallStatus::kInstalled;
 }
 

@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/foundation.h"
+
 #include "test_classes.h"
 
 namespace kv {
@@ -259,6 +261,32 @@ TEST(Hook, ReplacingOnAnUnmessagedClassLeavesOtherUnmessagedClassesAlone) {
   EXPECT_FALSE(platform::respondsTo(obj, Sel("probeValue")));
   EXPECT_EQ(send<int>(newInstance(platform::classNamed("Unmessaged")), Sel("probeValue")), 2);
   object_dispose(obj);
+}
+
+// A subclass that was messaged before the interception, and has methods of
+// its own, inherits the replacement too (GCC's runtime keeps a copy of the
+// inherited implementation in such a subclass's dispatch table).
+TEST(Hook, AMessagedSubclassSeesItsSuperclassesReplacement) {
+  defineClass("LateBase", nullptr, {{"value", imp(baseValue), "i@:"}});
+  Class derived = defineClass("LateDerived", "LateBase", {{"other", imp(derivedOwnValue), "i@:"}});
+  id d = newInstance(derived);
+  ASSERT_EQ(send<int>(d, kValue), 1);
+  EXPECT_EQ(platform::installRow(platform::replaced<&plus100>("LateBase", "-value")), InstallStatus::kInstalled);
+  EXPECT_EQ(send<int>(d, kValue), 101);
+}
+
+BOOL retainedThroughHook(id self, SEL cmd) { return !Hook<&retainedThroughHook>::original(self, cmd); }
+
+// The same with Foundation's own class cluster: a concrete invocation at work
+// before its abstract class's method is replaced answers the replacement.
+TEST(Hook, AFoundationSubclassAtWorkSeesTheReplacement) {
+  platform::AutoreleasePool pool;
+  id signature = sendClass<id>(platform::classNamed("NSMethodSignature"), Sel("signatureWithObjCTypes:"), "v@:");
+  id early = sendClass<id>(platform::classNamed("NSInvocation"), Sel("invocationWithMethodSignature:"), signature);
+  ASSERT_EQ(send<BOOL>(early, Sel("argumentsRetained")), 0);
+  EXPECT_EQ(platform::installRow(platform::replaced<&retainedThroughHook>("NSInvocation", "-argumentsRetained")),
+            InstallStatus::kInstalled);
+  EXPECT_EQ(send<BOOL>(early, Sel("argumentsRetained")), 1) << platform::classNameOf(early);
 }
 
 }  // namespace
