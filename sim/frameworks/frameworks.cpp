@@ -11,6 +11,7 @@ void defineUIKit();
 void defineAlertViews();
 void definePassKit();
 void definePasscodeField();
+void defineBiometricKit();
 void defineSpringBoard();
 // The catalog: every other class and method of the platform that the library
 // names, as calls that are recorded and answer zero.
@@ -23,6 +24,7 @@ void defineFrameworks() {
   defineAlertViews();
   definePassKit();
   definePasscodeField();
+  defineBiometricKit();
   if (inProcess("SpringBoard")) defineSpringBoard();
   defineCatalog();
 }

@@ -55,8 +55,8 @@ id observersOf(id obj) {
   auto* slot = static_cast<id*>(platform::ivarAddress(obj, "_observers"));
   if (slot == nullptr) return nullptr;
   if (*slot == nullptr) {
-    *slot = platform::Retained(platform::sendClass<id>(platform::classNamed("NSMutableArray"),
-                                                       Sel("array")))
+    *slot = platform::Retained(
+                platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array")))
                 .take();
   }
   return *slot;
@@ -76,8 +76,9 @@ id observerNames(id self, SEL) {
   id list = observersOf(self);
   for (platform::UInteger i = 0; i < platform::arrayCount(list); ++i) {
     id observer = platform::arrayObjectAt(list, i);
-    const char* name = class_isMetaClass(object_getClass(observer)) ? class_getName(reinterpret_cast<Class>(observer))
-                                                                     : platform::classNameOf(observer);
+    const char* name = class_isMetaClass(object_getClass(observer))
+                           ? class_getName(reinterpret_cast<Class>(observer))
+                           : platform::classNameOf(observer);
     send<void>(names, Sel("addObject:"), platform::makeString(name));
   }
   return names;
@@ -89,18 +90,30 @@ std::vector<Retained> snapshot(id list) {
   }
   return out;
 }
-bool flag(id obj, const char* ivar) { return platform::ivar<BOOL>(obj, ivar).value_or(0) != 0; }
+bool flag(id obj, const char* ivar) {
+  return platform::ivar<BOOL>(obj, ivar).value_or(0) != 0;
+}
 void setFlag(id obj, const char* ivar, bool value) {
   if (auto* slot = static_cast<BOOL*>(platform::ivarAddress(obj, ivar))) *slot = value ? 1 : 0;
 }
 
 // ---- Before iOS 11: the event monitor (and on iOS 10 the kit interface) ----
 
-void monitorSetMatchingEnabled(id self, SEL, BOOL enabled) { setFlag(self, "_matchingEnabled", enabled); }
-BOOL monitorIsMatchingEnabled(id self, SEL) { return flag(self, "_matchingEnabled") ? 1 : 0; }
-void monitorStartMatching(id self, SEL) { setFlag(self, "_isMatching", true); }
-void monitorStopMatching(id self, SEL) { setFlag(self, "_isMatching", false); }
-id monitorBiometricKit(id, SEL) { return sharedOf("BiometricKit"); }
+void monitorSetMatchingEnabled(id self, SEL, BOOL enabled) {
+  setFlag(self, "_matchingEnabled", enabled);
+}
+BOOL monitorIsMatchingEnabled(id self, SEL) {
+  return flag(self, "_matchingEnabled") ? 1 : 0;
+}
+void monitorStartMatching(id self, SEL) {
+  setFlag(self, "_isMatching", true);
+}
+void monitorStopMatching(id self, SEL) {
+  setFlag(self, "_isMatching", false);
+}
+id monitorBiometricKit(id, SEL) {
+  return sharedOf("BiometricKit");
+}
 
 // The monitor hands each event to its observers, in the order they came.
 void monitorDeliver(id monitor, long code) {
@@ -110,7 +123,9 @@ void monitorDeliver(id monitor, long code) {
     }
   }
 }
-void interfaceHandleEvent(id self, SEL, id, long code) { monitorDeliver(self, code); }
+void interfaceHandleEvent(id self, SEL, id, long code) {
+  monitorDeliver(self, code);
+}
 id interfaceDelegate(id self, SEL) {
   auto* slot = static_cast<id*>(platform::ivarAddress(self, "_delegate"));
   return slot == nullptr ? nullptr : *slot;
@@ -139,9 +154,15 @@ void assertionInvalidate(id self, SEL) {
   --gActiveAssertions;
   host::logEvent("biometric", "matching assertion invalidated");
 }
-BOOL resourceMatchingEnabled(id self, SEL) { return flag(self, "_isMatchingEnabled") ? 1 : 0; }
-BOOL resourceMatchingAllowed(id self, SEL) { return flag(self, "_isMatchingAllowed") ? 1 : 0; }
-BOOL resourceCapability(id, SEL) { return system().identities > 0 ? 1 : 0; }
+BOOL resourceMatchingEnabled(id self, SEL) {
+  return flag(self, "_isMatchingEnabled") ? 1 : 0;
+}
+BOOL resourceMatchingAllowed(id self, SEL) {
+  return flag(self, "_isMatchingAllowed") ? 1 : 0;
+}
+BOOL resourceCapability(id, SEL) {
+  return system().identities > 0 ? 1 : 0;
+}
 
 void resourceDeliver(id resource, long code) {
   for (auto& observer : snapshot(observersOf(resource))) {
@@ -165,24 +186,32 @@ id kitIdentities(id, SEL, id) {
   }
   return list;
 }
-id kitDelegate(id self, SEL) { return stateOf<KitState>(self).delegate.get(); }
-void kitSetDelegate(id self, SEL, id delegate) { stateOf<KitState>(self).delegate.reset(delegate); }
+id kitDelegate(id self, SEL) {
+  return stateOf<KitState>(self).delegate.get();
+}
+void kitSetDelegate(id self, SEL, id delegate) {
+  stateOf<KitState>(self).delegate.reset(delegate);
+}
 id kitMatchWithMode(id, SEL, unsigned long mode, id) {
   host::logEvent("biometric", "BiometricKit match mode " + std::to_string(mode));
-  return send<id>(host::newObject(platform::classNamed("BiometricKitMatchOperation")), Sel("autorelease"));
+  return send<id>(host::newObject(platform::classNamed("BiometricKitMatchOperation")),
+                  Sel("autorelease"));
 }
 BOOL kitMatchWithOptions(id, SEL, id, id) {
   host::logEvent("biometric", "BiometricKit match with options");
   return 1;
 }
 void kitRecord(id self, SEL cmd, BOOL) {
-  host::logEvent("call", std::string(platform::classNameOf(self)) + " -" + platform::selectorName(cmd));
+  host::logEvent("call",
+                 std::string(platform::classNameOf(self)) + " -" + platform::selectorName(cmd));
 }
 BOOL kitEnableBackgroundDetection(id self, SEL cmd, BOOL on, id) {
   kitRecord(self, cmd, on);
   return 1;
 }
-void operationCancel(id, SEL) { host::logEvent("biometric", "match operation cancelled"); }
+void operationCancel(id, SEL) {
+  host::logEvent("biometric", "match operation cancelled");
+}
 
 // ---- The lock screen matches while the device is locked ----
 
@@ -232,11 +261,12 @@ Value presentAction(const char* hardware, const host::ActionRequest& request, st
       continue;
     }
     if (!sensorActive()) {
-      host::logEvent("biometric", std::string(hardware) + " " + request.args[0] + ": nothing is matching");
+      host::logEvent("biometric",
+                     std::string(hardware) + " " + request.args[0] + ": nothing is matching");
       return {};
     }
-    host::logEvent("biometric", std::string(hardware) + " " + request.args[0] + ": events " +
-                                    describe(s.codes));
+    host::logEvent("biometric",
+                   std::string(hardware) + " " + request.args[0] + ": events " + describe(s.codes));
     for (long code : s.codes) deliver(code);
     return {};
   }
@@ -253,7 +283,8 @@ Value rawEventAction(const host::ActionRequest& request, std::string*) {
 
 }  // namespace
 
-void defineSpringBoardBiometrics() {
+// BiometricKit, in every process: the enrolled identities and matching.
+void defineBiometricKit() {
   ClassBuilder("BiometricKit", "NSObject")
       .classMethod("manager", imp(sharedInstanceOf), "@@:")
       .instance("identities:", imp(kitIdentities), "@@:@")
@@ -270,6 +301,9 @@ void defineSpringBoardBiometrics() {
   ClassBuilder("BiometricKitMatchOperation", "NSObject")
       .instance("cancel", imp(operationCancel), "v@:")
       .build();
+}
+
+void defineSpringBoardBiometrics() {
   if (atLeast(11)) {
     ClassBuilder("SBUIBiometricResource", "NSObject")
         .ivar("_observers")

@@ -41,6 +41,26 @@ void postLockState(bool locked) {
   notify_cancel(token);
 }
 
+}  // namespace
+
+// What the screen shows, as the platform's screen-changed notification
+// carries it: 0 dark, 1 an app, 2 SpringBoard's home screen, 3 the lock
+// screen. Posted when it changes.
+void noteScreenChanged() {
+  static int last = -1;
+  const SpringBoardState& sb = springBoard();
+  int now = !sb.screenOn ? 0 : sb.locked ? 3 : sb.front == "home" ? 2 : 1;
+  if (now == last) return;
+  last = now;
+  int token = -1;
+  notify_register_check("com.apple.springboard.screenchanged", &token);
+  notify_set_state(token, static_cast<uint64_t>(now));
+  notify_post("com.apple.springboard.screenchanged");
+  notify_cancel(token);
+}
+
+namespace {
+
 // ---- The backlight ----
 
 void setScreen(bool on, long source) {
@@ -56,20 +76,31 @@ void applyBacklight(float factor) {
   bool on = factor > 0;
   if (springBoard().screenOn == on) return;
   springBoard().screenOn = on;
+  noteScreenChanged();
   host::logEvent("screen", on ? "on" : "off");
 }
 void animateBacklight(id, SEL, float factor, double, long, BOOL, id completion) {
   applyBacklight(factor);
   platform::callBlock<void()>(completion);
 }
-void setBacklightFactor(id, SEL, float factor, long) { applyBacklight(factor); }
-BOOL screenIsOn(id, SEL) { return springBoard().screenOn ? 1 : 0; }
-BOOL screenIsOff(id, SEL) { return springBoard().screenOn ? 0 : 1; }
-BOOL shouldTurnOnScreen(id, SEL, long) { return 1; }
+void setBacklightFactor(id, SEL, float factor, long) {
+  applyBacklight(factor);
+}
+BOOL screenIsOn(id, SEL) {
+  return springBoard().screenOn ? 1 : 0;
+}
+BOOL screenIsOff(id, SEL) {
+  return springBoard().screenOn ? 0 : 1;
+}
+BOOL shouldTurnOnScreen(id, SEL, long) {
+  return 1;
+}
 
 // ---- SBLockScreenManager ----
 
-BOOL isUILocked(id, SEL) { return springBoard().locked ? 1 : 0; }
+BOOL isUILocked(id, SEL) {
+  return springBoard().locked ? 1 : 0;
+}
 void lockUI(id, SEL, long source, id) {
   if (springBoard().locked) return;
   springBoard().locked = true;
@@ -79,6 +110,7 @@ void lockUI(id, SEL, long source, id) {
   host::logEvent("lock", "locked (source " + std::to_string(source) + ")");
   lockScreenWantsMatching(true);
   postLockState(true);
+  noteScreenChanged();
   setScreen(false, source);
 }
 BOOL unlockUI(id, SEL, long source, id) {
@@ -87,6 +119,7 @@ BOOL unlockUI(id, SEL, long source, id) {
   host::logEvent("lock", "unlocked (source " + std::to_string(source) + ")");
   lockScreenWantsMatching(false);
   postLockState(false);
+  noteScreenChanged();
   if (!springBoard().screenOn) setScreen(true, source);
   return 1;
 }
@@ -118,22 +151,39 @@ void lockButtonPressed() {
   }
 }
 
-void performSinglePressAction(id, SEL) { lockButtonPressed(); }
-id buttonActions(id, SEL) { return sharedOf("SBLockHardwareButtonActions"); }
-void singlePress(id self, SEL, id) { send<void>(buttonActions(self, nullptr), Sel("performSinglePressAction")); }
-id lockHardwareButton(id, SEL) { return sharedOf("SBLockHardwareButton"); }
+void performSinglePressAction(id, SEL) {
+  lockButtonPressed();
+}
+id buttonActions(id, SEL) {
+  return sharedOf("SBLockHardwareButtonActions");
+}
+void singlePress(id self, SEL, id) {
+  send<void>(buttonActions(self, nullptr), Sel("performSinglePressAction"));
+}
+id lockHardwareButton(id, SEL) {
+  return sharedOf("SBLockHardwareButton");
+}
 
 void lockButtonDownWithSource(id, SEL, id, long) {}
-void lockButtonUpWithSource(id, SEL, id, long) { lockButtonPressed(); }
+void lockButtonUpWithSource(id, SEL, id, long) {
+  lockButtonPressed();
+}
 void lockButtonDownFromSource(id, SEL, long) {}
-void lockButtonUpFromSource(id, SEL, long) { lockButtonPressed(); }
+void lockButtonUpFromSource(id, SEL, long) {
+  lockButtonPressed();
+}
 
 // ---- Device lock and managed configuration ----
 
-BOOL deviceHasPasscodeSet(id, SEL) { return system().passcode ? 1 : 0; }
-BOOL fingerprintUnlockAllowed(id, SEL) { return 1; }
+BOOL deviceHasPasscodeSet(id, SEL) {
+  return system().passcode ? 1 : 0;
+}
+BOOL fingerprintUnlockAllowed(id, SEL) {
+  return 1;
+}
 void recordCall(id self, SEL cmd) {
-  host::logEvent("call", std::string(platform::classNameOf(self)) + " -" + platform::selectorName(cmd));
+  host::logEvent("call",
+                 std::string(platform::classNameOf(self)) + " -" + platform::selectorName(cmd));
 }
 
 // ---- Wi-Fi ----
@@ -270,7 +320,8 @@ void defineSpringBoardLock() {
       .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
       .instance("knownNetworks", imp(knownNetworks), "@@:")
       .build();
-  joinNetwork(networkFromDevice(host::request("device-get", {{"key", Value::string("wifi")}})["value"]));
+  joinNetwork(
+      networkFromDevice(host::request("device-get", {{"key", Value::string("wifi")}})["value"]));
   host::onCommand("wifi", [](const Value& command) {
     joinNetwork(networkFromDevice(command["network"]));
     return Value::Dictionary{};

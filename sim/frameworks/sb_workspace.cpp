@@ -186,6 +186,7 @@ void bringToFront(const std::string& bundleIdentifier) {
   if (state.front == bundleIdentifier) return;
   state.front = bundleIdentifier;
   host::logEvent("front", bundleIdentifier);
+  noteScreenChanged();
 }
 
 id newWorkspaceRequest(const char* eventLabel, id application, std::function<void()> then) {

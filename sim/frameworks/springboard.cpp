@@ -75,6 +75,7 @@ void startSpringBoard() {
   startSpringBoardBiometrics();
   sharedOf("SBUIController");
   notify_post("com.apple.springboard.finishedstartup");
+  noteScreenChanged();
   host::logEvent("springboard", std::string("home screen with ") +
                                     std::to_string(installedApps().size()) + " apps");
 }

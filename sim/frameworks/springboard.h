@@ -91,6 +91,10 @@ void requestOpenApplication(const OpenRequest& request);
 // or no icon to press.
 bool forceTouchIcon(const std::string& bundleIdentifier, std::string* error);
 
+// Posts "com.apple.springboard.screenchanged" when what the screen shows
+// has changed: its state 0 dark, 1 an app, 2 the home screen, 3 the lock screen.
+void noteScreenChanged();
+
 // Presses the lock button the way this version's hardware does.
 void pressLockButton();
 

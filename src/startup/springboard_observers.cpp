@@ -6,13 +6,15 @@
 #include "platform/foundation.h"
 #include "platform/runtime.h"
 #include "settings/notifications.h"
+#include "springboard/gate.h"
 #include "startup/flags.h"
 
 namespace kv::startup {
 
 namespace {
-constexpr uint64_t kScreenDark = 2;
-bool gScreenWentDark = false;
+// The screen-changed state of SpringBoard's own home screen.
+constexpr uint64_t kHomeScreen = 2;
+bool gHomeScreenShowing = false;
 }  // namespace
 
 void lockStateChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
@@ -20,10 +22,18 @@ void lockStateChanged(CFNotificationCenterRef, void*, CFNotificationName, const 
   (void)settings::stateOf(settings::Note::kLockState);
 }
 
+// The notifications held back on the lock screen come back with notification
+// protection. A lock-screen match counts until the screen changes; a folder
+// still open when the home screen comes back was opened before, so it no
+// longer lets its apps through.
 void screenChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                    CFDictionaryRef) {
   uint64_t state = settings::stateOf(settings::Note::kScreenChanged);
-  gScreenWentDark = state == kScreenDark;
+  springboard::launchState().lockScreenMatch = false;
+  if (state == kHomeScreen && springboard::openFolder() != nullptr) {
+    springboard::launchState().staleOpenFolder = true;
+  }
+  gHomeScreenShowing = state == kHomeScreen;
 }
 
 void startupFinished(CFNotificationCenterRef, void*, CFNotificationName, const void*,
@@ -44,8 +54,8 @@ void testGlyph(CFNotificationCenterRef, void*, CFNotificationName, const void*, 
                            BOOL{1}, id{nullptr});
 }
 
-bool screenWentDark() {
-  return gScreenWentDark;
+bool homeScreenShowing() {
+  return gHomeScreenShowing;
 }
 
 }  // namespace kv::startup

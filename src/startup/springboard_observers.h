@@ -9,8 +9,9 @@ namespace kv::startup {
 void lockStateChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                       CFDictionaryRef);
 
-// "com.apple.springboard.screenchanged": reads the state; 2 means the
-// screen went dark, which is remembered.
+// "com.apple.springboard.screenchanged": reads the state, 2 being
+// SpringBoard's home screen; clears the lock-screen match and marks a folder
+// left open as stale.
 void screenChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                    CFDictionaryRef);
 
@@ -25,7 +26,7 @@ void lockDeviceNow(CFNotificationCenterRef, void*, CFNotificationName, const voi
 // "testglyph": the prompt's glyph takes the notification's state, animated.
 void testGlyph(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef);
 
-// True iff the last screen change darkened the screen.
-bool screenWentDark();
+// True iff the last screen change showed the home screen.
+bool homeScreenShowing();
 
 }  // namespace kv::startup

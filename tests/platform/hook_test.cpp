@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/foundation.h"
-
 #include "test_classes.h"
 
 namespace kv {
@@ -24,13 +23,23 @@ using test::newInstance;
 
 const Sel kValue("value");
 
-int baseValue(id, SEL) { return 1; }
-int baseValueChanged(id, SEL) { return 2; }
-int derivedOwnValue(id, SEL) { return 10; }
+int baseValue(id, SEL) {
+  return 1;
+}
+int baseValueChanged(id, SEL) {
+  return 2;
+}
+int derivedOwnValue(id, SEL) {
+  return 10;
+}
 
 // Replacements: each adds its own mark to what the platform answers.
-int plus100(id self, SEL cmd) { return Hook<&plus100>::original(self, cmd) + 100; }
-int plus1000(id self, SEL cmd) { return Hook<&plus1000>::original(self, cmd) + 1000; }
+int plus100(id self, SEL cmd) {
+  return Hook<&plus100>::original(self, cmd) + 100;
+}
+int plus1000(id self, SEL cmd) {
+  return Hook<&plus1000>::original(self, cmd) + 1000;
+}
 
 TEST(Hook, OwnMethodIsExchangedAndSavedIsThePreviousImplementation) {
   Class cls = defineClass("OwnValue", nullptr, {{"value", imp(baseValue), "i@:"}});
@@ -58,8 +67,12 @@ TEST(Hook, InheritedMethodIsOverriddenInTheSubclassAndFollowsTheSuperclass) {
   EXPECT_EQ(send<int>(d, kValue), 102);
 }
 
-id returnSelf(id self, SEL) { return self; }
-id selfThroughHook(id self, SEL cmd) { return Hook<&selfThroughHook>::original(self, cmd); }
+id returnSelf(id self, SEL) {
+  return self;
+}
+id selfThroughHook(id self, SEL cmd) {
+  return Hook<&selfThroughHook>::original(self, cmd);
+}
 
 TEST(Hook, SuperStubSendsToTheSameReceiver) {
   defineClass("RecvBase", nullptr, {{"me", imp(returnSelf), "@@:"}});
@@ -70,8 +83,12 @@ TEST(Hook, SuperStubSendsToTheSameReceiver) {
   EXPECT_EQ(send<id>(d, Sel("me")), d);
 }
 
-int classMake(id, SEL, int n) { return n * 2; }
-int classMakeHook(id self, SEL cmd, int n) { return Hook<&classMakeHook>::original(self, cmd, n) + 1; }
+int classMake(id, SEL, int n) {
+  return n * 2;
+}
+int classMakeHook(id self, SEL cmd, int n) {
+  return Hook<&classMakeHook>::original(self, cmd, n) + 1;
+}
 int classMakeInheritedHook(id self, SEL cmd, int n) {
   return Hook<&classMakeInheritedHook>::original(self, cmd, n) + 5;
 }
@@ -85,7 +102,8 @@ TEST(Hook, ClassMethodsAreInterceptedOnTheMetaclass) {
             InstallStatus::kInstalledInherited);
   EXPECT_EQ(Hook<&classMakeInheritedHook>::slots.superclass, platform::metaclassOf(cls));
   EXPECT_EQ(sendClass<int>(cls, Sel("make:"), 4), 9);
-  EXPECT_EQ(sendClass<int>(sub, Sel("make:"), 4), 14) << "sub's hook, then Maker's hook, then Maker's";
+  EXPECT_EQ(sendClass<int>(sub, Sel("make:"), 4), 14)
+      << "sub's hook, then Maker's hook, then Maker's";
   // Instance methods of the same name are untouched: there are none.
   EXPECT_FALSE(class_respondsToSelector(cls, Sel("make:")));
 }
@@ -111,7 +129,9 @@ TEST(Hook, MissingClassAndMissingSelectorAreSkippedSilently) {
   EXPECT_FALSE(Hook<&neverCalled>::slots.installed);
 }
 
-double realValue(id, SEL) { return 2.5; }
+double realValue(id, SEL) {
+  return 2.5;
+}
 
 TEST(Hook, SignatureMismatchLeavesTheMethodAlone) {
   Class cls = defineClass("RealValue", nullptr, {{"value", imp(realValue), "d@:"}});
@@ -122,7 +142,9 @@ TEST(Hook, SignatureMismatchLeavesTheMethodAlone) {
   EXPECT_EQ(Hook<&neverCalled>::original(nullptr, kValue), 0) << "nothing saved answers zero";
 }
 
-int addedValue(id, SEL) { return 77; }
+int addedValue(id, SEL) {
+  return 77;
+}
 
 TEST(Hook, AddedMethodsNeverReplaceAnExistingOne) {
   Class has = defineClass("HasValue", nullptr, {{"value", imp(baseValue), "i@:"}});
@@ -212,12 +234,13 @@ test::Box scaleInheritedHook(id self, SEL cmd, test::Box b, double f, float g, l
 
 TEST(Hook, StructAndFloatingPointArgumentsPassThroughUnchanged) {
   const char* types = "{Box=dddd}@:{Box=dddd}dfl@C";
-  Class own = defineClass("ScaleOwn", nullptr, {{"scale:by:and:times:tag:flag:", imp(scaleBox), types}});
+  Class own =
+      defineClass("ScaleOwn", nullptr, {{"scale:by:and:times:tag:flag:", imp(scaleBox), types}});
   Class derived = defineClass("ScaleDerived", "ScaleOwn", {});
   Class sibling = defineClass("ScaleSibling", nullptr,
                               {{"scale:by:and:times:tag:flag:", imp(scaleBox), types}});
-  EXPECT_EQ(platform::installRow(platform::replaced<&scaleOwnHook>("ScaleSibling",
-                                                                   "-scale:by:and:times:tag:flag:")),
+  EXPECT_EQ(platform::installRow(
+                platform::replaced<&scaleOwnHook>("ScaleSibling", "-scale:by:and:times:tag:flag:")),
             InstallStatus::kInstalled);
   EXPECT_EQ(platform::installRow(platform::replaced<&scaleInheritedHook>(
                 "ScaleDerived", "-scale:by:and:times:tag:flag:")),
@@ -231,7 +254,8 @@ TEST(Hook, StructAndFloatingPointArgumentsPassThroughUnchanged) {
     EXPECT_DOUBLE_EQ(out.y, -6.75) << class_getName(cls);
     EXPECT_DOUBLE_EQ(out.w, 9.0) << class_getName(cls);
     EXPECT_DOUBLE_EQ(out.h, 12.375) << class_getName(cls);
-    auto negated = send<test::Box>(obj, sel, in, 2.0, 0.5f, 3L, id{nullptr}, static_cast<unsigned char>(1));
+    auto negated =
+        send<test::Box>(obj, sel, in, 2.0, 0.5f, 3L, id{nullptr}, static_cast<unsigned char>(1));
     EXPECT_DOUBLE_EQ(negated.x, -4.5) << class_getName(cls);
   }
 }
@@ -239,9 +263,13 @@ TEST(Hook, StructAndFloatingPointArgumentsPassThroughUnchanged) {
 // GCC's runtime: replacing a method of a never-messaged class must not leak
 // the replacement into other never-messaged classes, nor skip their
 // +initialize.
-int leakyProbe(id self, SEL cmd) { return Hook<&leakyProbe>::original(self, cmd) + 1; }
+int leakyProbe(id self, SEL cmd) {
+  return Hook<&leakyProbe>::original(self, cmd) + 1;
+}
 bool bystanderInitialized = false;
-void bystanderInitialize(id, SEL) { bystanderInitialized = true; }
+void bystanderInitialize(id, SEL) {
+  bystanderInitialized = true;
+}
 
 TEST(Hook, ReplacingOnAnUnmessagedClassLeavesOtherUnmessagedClassesAlone) {
   defineClass("Unmessaged", nullptr, {{"probeValue", imp(baseValue), "i@:"}});
@@ -271,20 +299,26 @@ TEST(Hook, AMessagedSubclassSeesItsSuperclassesReplacement) {
   Class derived = defineClass("LateDerived", "LateBase", {{"other", imp(derivedOwnValue), "i@:"}});
   id d = newInstance(derived);
   ASSERT_EQ(send<int>(d, kValue), 1);
-  EXPECT_EQ(platform::installRow(platform::replaced<&plus100>("LateBase", "-value")), InstallStatus::kInstalled);
+  EXPECT_EQ(platform::installRow(platform::replaced<&plus100>("LateBase", "-value")),
+            InstallStatus::kInstalled);
   EXPECT_EQ(send<int>(d, kValue), 101);
 }
 
-BOOL retainedThroughHook(id self, SEL cmd) { return !Hook<&retainedThroughHook>::original(self, cmd); }
+BOOL retainedThroughHook(id self, SEL cmd) {
+  return !Hook<&retainedThroughHook>::original(self, cmd);
+}
 
 // The same with Foundation's own class cluster: a concrete invocation at work
 // before its abstract class's method is replaced answers the replacement.
 TEST(Hook, AFoundationSubclassAtWorkSeesTheReplacement) {
   platform::AutoreleasePool pool;
-  id signature = sendClass<id>(platform::classNamed("NSMethodSignature"), Sel("signatureWithObjCTypes:"), "v@:");
-  id early = sendClass<id>(platform::classNamed("NSInvocation"), Sel("invocationWithMethodSignature:"), signature);
+  id signature = sendClass<id>(platform::classNamed("NSMethodSignature"),
+                               Sel("signatureWithObjCTypes:"), "v@:");
+  id early = sendClass<id>(platform::classNamed("NSInvocation"),
+                           Sel("invocationWithMethodSignature:"), signature);
   ASSERT_EQ(send<BOOL>(early, Sel("argumentsRetained")), 0);
-  EXPECT_EQ(platform::installRow(platform::replaced<&retainedThroughHook>("NSInvocation", "-argumentsRetained")),
+  EXPECT_EQ(platform::installRow(
+                platform::replaced<&retainedThroughHook>("NSInvocation", "-argumentsRetained")),
             InstallStatus::kInstalled);
   EXPECT_EQ(send<BOOL>(early, Sel("argumentsRetained")), 1) << platform::classNameOf(early);
 }
