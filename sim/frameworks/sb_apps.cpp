@@ -62,17 +62,22 @@ struct FolderState {
 
 // ---- SBApplication ----
 
-id appBundleIdentifier(id self, SEL) { return platform::makeString(stateOf<AppState>(self).bundle); }
+id appBundleIdentifier(id self, SEL) {
+  return platform::makeString(stateOf<AppState>(self).bundle);
+}
 id appDisplayName(id self, SEL) {
   for (const auto& a : kApps) {
-    if (stateOf<AppState>(self).bundle == a.bundleIdentifier) return platform::makeString(a.displayName);
+    if (stateOf<AppState>(self).bundle == a.bundleIdentifier)
+      return platform::makeString(a.displayName);
   }
   return nullptr;
 }
 
-// The icon launch of iOS 10 and later: a request to the main workspace.
+// The icon launch of iOS 10 and later: a request to the main workspace,
+// labelled as a launch from an icon (the icon's own launch method is where
+// an icon tap is judged; activations and opens carry other labels).
 BOOL iconLaunchWithContext(id self, SEL, id, long, id, id, id) {
-  runWorkspaceRequest("ActivateApplication", self);
+  runWorkspaceRequest("LaunchFromIcon", self);
   return 1;
 }
 // The icon launch of older systems: SpringBoard's UI controller activates,
@@ -94,13 +99,16 @@ id applicationWithBundleIdentifier(id, SEL, id identifier) {
 }
 id allApplications(id, SEL) {
   id list = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
-  for (const auto& a : kApps) send<void>(list, Sel("addObject:"), applicationNamed(a.bundleIdentifier));
+  for (const auto& a : kApps)
+    send<void>(list, Sel("addObject:"), applicationNamed(a.bundleIdentifier));
   return list;
 }
 
 // ---- Icons ----
 
-id iconApplication(id self, SEL) { return stateOf<IconState>(self).application.get(); }
+id iconApplication(id self, SEL) {
+  return stateOf<IconState>(self).application.get();
+}
 id iconBundleID(id self, SEL) {
   return send<id>(stateOf<IconState>(self).application.get(), Sel("bundleIdentifier"));
 }
@@ -110,8 +118,12 @@ id iconDisplayName(id self, SEL) {
   id folder = stateOf<IconState>(self).folder.get();
   return platform::makeString(stateOf<FolderState>(folder).displayName);
 }
-id iconDisplayNameForLocation(id self, SEL cmd, long) { return iconDisplayName(self, cmd); }
-id iconFolder(id self, SEL) { return stateOf<IconState>(self).folder.get(); }
+id iconDisplayNameForLocation(id self, SEL cmd, long) {
+  return iconDisplayName(self, cmd);
+}
+id iconFolder(id self, SEL) {
+  return stateOf<IconState>(self).folder.get();
+}
 
 // Launching an app icon: the app's own icon-launch method, by version.
 void launchAppIcon(id icon, long location) {
@@ -131,13 +143,21 @@ void openFolderOf(id icon) {
   springBoard().openFolder = stateOf<FolderState>(folder).displayName;
   host::logEvent("folder", "opened " + springBoard().openFolder);
 }
-void folderLaunch(id self, SEL, long) { openFolderOf(self); }
-void folderLaunchContext(id self, SEL, long, id) { openFolderOf(self); }
-void folderLaunchSettings(id self, SEL, long, id, id, id) { openFolderOf(self); }
+void folderLaunch(id self, SEL, long) {
+  openFolderOf(self);
+}
+void folderLaunchContext(id self, SEL, long, id) {
+  openFolderOf(self);
+}
+void folderLaunchSettings(id self, SEL, long, id, id, id) {
+  openFolderOf(self);
+}
 
 // ---- Folders ----
 
-id folderDisplayName(id self, SEL) { return platform::makeString(stateOf<FolderState>(self).displayName); }
+id folderDisplayName(id self, SEL) {
+  return platform::makeString(stateOf<FolderState>(self).displayName);
+}
 void folderSetDisplayName(id self, SEL, id name) {
   stateOf<FolderState>(self).displayName = platform::toString(name);
   host::logEvent("folder", "renamed " + stateOf<FolderState>(self).displayName);
@@ -149,7 +169,9 @@ id folderDefaultDisplayName(id self, SEL) {
 BOOL folderIsOpen(id self, SEL) {
   return springBoard().openFolder == stateOf<FolderState>(self).displayName ? 1 : 0;
 }
-id folderIcon(id self, SEL) { return stateOf<FolderState>(self).icon.get(); }
+id folderIcon(id self, SEL) {
+  return stateOf<FolderState>(self).icon.get();
+}
 
 // ---- SBIconController ----
 
@@ -179,7 +201,9 @@ void closeFolderAnimatedCompletion(id, SEL, BOOL, id completion) {
   closeFolder();
   platform::callBlock<void(BOOL)>(completion, BOOL{1});
 }
-void closeFolderAnimated(id, SEL, BOOL) { closeFolder(); }
+void closeFolderAnimated(id, SEL, BOOL) {
+  closeFolder();
+}
 
 // The icons on the current page: every app icon and folder icon.
 id iconList(id, SEL) {
@@ -188,7 +212,9 @@ id iconList(id, SEL) {
   for (auto& icon : folderIcons()) send<void>(list, Sel("addObject:"), icon.get());
   return list;
 }
-id currentRootIconList(id self, SEL) { return self; }  // answers `icons` itself
+id currentRootIconList(id self, SEL) {
+  return self;
+}  // answers `icons` itself
 id rootFolderIcons(id, SEL) {
   id list = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
   for (auto& icon : folderIcons()) send<void>(list, Sel("addObject:"), icon.get());
@@ -199,8 +225,8 @@ id rootFolderIcons(id, SEL) {
 void iconTapped(id, SEL, id icon) {
   if (stateOf<IconState>(icon).folder) {
     if (atLeast(11)) {
-      send<void>(icon, Sel("launchFromLocation:context:activationSettings:actions:"), 0L, id{nullptr},
-                 id{nullptr}, id{nullptr});
+      send<void>(icon, Sel("launchFromLocation:context:activationSettings:actions:"), 0L,
+                 id{nullptr}, id{nullptr}, id{nullptr});
     } else if (atLeast(9)) {
       send<void>(icon, Sel("launchFromLocation:context:"), 0L, id{nullptr});
     } else {
@@ -329,8 +355,12 @@ void makeHomeScreen() {
 
 }  // namespace
 
-const std::vector<AppInfo>& installedApps() { return kApps; }
-const std::vector<FolderInfo>& homeFolders() { return kFolders; }
+const std::vector<AppInfo>& installedApps() {
+  return kApps;
+}
+const std::vector<FolderInfo>& homeFolders() {
+  return kFolders;
+}
 
 id appIconNamed(const std::string& bundleIdentifier) {
   for (auto& icon : appIcons()) {
@@ -386,9 +416,8 @@ void defineSpringBoardApps() {
   host::registerAction("tap", tapAction);
   host::registerAction("tap-folder", tapFolderAction);
   host::registerAction("home", homeAction);
-  host::registerQuery("front", [](const std::vector<std::string>&) {
-    return Value::string(springBoard().front);
-  });
+  host::registerQuery(
+      "front", [](const std::vector<std::string>&) { return Value::string(springBoard().front); });
 }
 
 // SpringBoard's home-button handlers and its front app, added to the
