@@ -58,6 +58,10 @@ struct FolderState {
   std::string displayName;
   std::string defaultDisplayName;
   Retained icon;
+  std::vector<std::string> apps;  // bundle identifiers, in order
+};
+struct IconListState {
+  std::vector<Retained> icons;
 };
 
 // ---- SBApplication ----
@@ -169,6 +173,22 @@ id folderDefaultDisplayName(id self, SEL) {
 BOOL folderIsOpen(id self, SEL) {
   return springBoard().openFolder == stateOf<FolderState>(self).displayName ? 1 : 0;
 }
+// A folder's pages: one list of the icons of its apps.
+id listIcons(id self, SEL) {
+  id list = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
+  for (auto& icon : stateOf<IconListState>(self).icons)
+    send<void>(list, Sel("addObject:"), icon.get());
+  return list;
+}
+id folderIconLists(id self, SEL) {
+  id page = host::newObject(platform::classNamed("SBIconListModel"));
+  for (const auto& bundle : stateOf<FolderState>(self).apps) {
+    if (id icon = appIconNamed(bundle)) stateOf<IconListState>(page).icons.emplace_back(icon);
+  }
+  id lists = platform::makeArray({page});
+  send<void>(page, Sel("release"));
+  return lists;
+}
 id folderIcon(id self, SEL) {
   return stateOf<FolderState>(self).icon.get();
 }
@@ -215,6 +235,10 @@ id iconList(id, SEL) {
 id currentRootIconList(id self, SEL) {
   return self;
 }  // answers `icons` itself
+// The root folder of the home screen: its folders are the folder icons.
+id rootFolder(id, SEL) {
+  return sharedOf("SBRootFolder");
+}
 id rootFolderIcons(id, SEL) {
   id list = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
   for (auto& icon : folderIcons()) send<void>(list, Sel("addObject:"), icon.get());
@@ -330,8 +354,13 @@ void defineIcons() {
       .instance("defaultDisplayName", imp(folderDefaultDisplayName), "@@:")
       .instance("isOpen", imp(folderIsOpen), "C@:")
       .instance("icon", imp(folderIcon), "@@:")
+      .instance("iconLists", imp(folderIconLists), "@@:")
       .build();
   if (!atLeast(9)) ClassBuilder("SBNewsstandFolder", "SBFolder").build();
+  ClassBuilder("SBRootFolder", "SBFolder")
+      .instance("folderIcons", imp(rootFolderIcons), "@@:")
+      .build();
+  ClassBuilder("SBIconListModel", "NSObject").instance("icons", imp(listIcons), "@@:").build();
 }
 
 void makeHomeScreen() {
@@ -346,6 +375,7 @@ void makeHomeScreen() {
     id folder = host::newObject(cls);
     stateOf<FolderState>(folder).displayName = f.displayName;
     stateOf<FolderState>(folder).defaultDisplayName = f.displayName;
+    stateOf<FolderState>(folder).apps.assign(f.apps.begin(), f.apps.end());
     id icon = host::newObject(platform::classNamed("SBFolderIcon"));
     stateOf<IconState>(icon).folder = Retained::adopt(folder);
     stateOf<FolderState>(folder).icon = Retained(icon);
@@ -410,6 +440,7 @@ void defineSpringBoardApps() {
       .instance("currentRootIconList", imp(currentRootIconList), "@@:")
       .instance("icons", imp(iconList), "@@:")
       .instance("folderIcons", imp(rootFolderIcons), "@@:")
+      .instance("rootFolder", imp(rootFolder), "@@:")
       .instance("iconTapped:", imp(iconTapped), "v@:@")
       .build();
   makeHomeScreen();

@@ -29,7 +29,9 @@ int tokenFor(id name) {
 void setPreference(id, SEL, id key, id value, id domain) {
   CFPreferencesSetAppValue(platform::cf(key), value, platform::cf(domain));
 }
-BOOL synchronize(id, SEL, id domain) { return CFPreferencesAppSynchronize(platform::cf(domain)); }
+BOOL synchronize(id, SEL, id domain) {
+  return CFPreferencesAppSynchronize(platform::cf(domain));
+}
 id preference(id, SEL, id key, id domain) {
   id value = platform::ns(CFPreferencesCopyAppValue(platform::cf(key), platform::cf(domain)));
   return value == nullptr ? nullptr : send<id>(value, Sel("autorelease"));
@@ -43,9 +45,12 @@ id stateFor(id, SEL, id name) {
   notify_get_state(tokenFor(name), &state);
   return platform::makeInteger(static_cast<int64_t>(state));
 }
-void post(id, SEL, id name) { notify_post(platform::toString(name).c_str()); }
+void post(id, SEL, id name) {
+  notify_post(platform::toString(name).c_str());
+}
 
-void observed(CFNotificationCenterRef, void*, CFNotificationName name, const void*, CFDictionaryRef) {
+void observed(CFNotificationCenterRef, void*, CFNotificationName name, const void*,
+              CFDictionaryRef) {
   logEvent("probe", "observed " + platform::toString(platform::ns(name)));
 }
 void observe(id, SEL, id name) {
@@ -75,13 +80,16 @@ id handleMessage(id, SEL, id name, id userInfo) {
   return platform::makeObject(Value::dictionary(reply));
 }
 id sendMessage(id, SEL, id name, id centerName, id userInfo) {
-  return send<id>(center(centerName), Sel("sendMessageAndReceiveReplyName:userInfo:"), name, userInfo);
+  return send<id>(center(centerName), Sel("sendMessageAndReceiveReplyName:userInfo:"), name,
+                  userInfo);
 }
 void sendOneWay(id, SEL, id name, id centerName, id userInfo) {
   send<BOOL>(center(centerName), Sel("sendMessageName:userInfo:"), name, userInfo);
 }
 
-void fired(id, SEL, id tag) { logEvent("probe", "fired " + platform::toString(tag)); }
+void fired(id, SEL, id tag) {
+  logEvent("probe", "fired " + platform::toString(tag));
+}
 void performLater(id cls, SEL, id tag, id delay) {
   send<void>(cls, Sel("performSelector:withObject:afterDelay:"), platform::selector("fired:"), tag,
              platform::realOf(delay).value_or(0));
@@ -114,7 +122,9 @@ id clock(id, SEL) {
       {{"absolute", Value::real(CFAbsoluteTimeGetCurrent())},
        {"date", Value::real(send<double>(date, Sel("timeIntervalSinceReferenceDate")))}}));
 }
-void crash(id, SEL) { std::raise(SIGSEGV); }
+void crash(id, SEL) {
+  std::raise(SIGSEGV);
+}
 void hang(id, SEL) {
   for (volatile bool forever = true; forever;) {
   }
@@ -124,15 +134,18 @@ void imageAdded(const struct mach_header*, intptr_t) {
   logEvent("probe", std::string("image callback; SimTestImageClass ") +
                         (platform::classNamed("SimTestImageClass") ? "present" : "absent"));
 }
-void watchImages(id, SEL) { _dyld_register_func_for_add_image(imageAdded); }
+void watchImages(id, SEL) {
+  _dyld_register_func_for_add_image(imageAdded);
+}
 
 id fileExists(id, SEL, id path) {
-  id manager = platform::sendClass<id>(platform::classNamed("NSFileManager"), Sel("defaultManager"));
+  id manager =
+      platform::sendClass<id>(platform::classNamed("NSFileManager"), Sel("defaultManager"));
   return platform::makeBool(send<BOOL>(manager, Sel("fileExistsAtPath:"), path) != 0);
 }
 id localizedString(id, SEL, id key, id bundlePath) {
-  id bundle = platform::sendClass<id>(platform::classNamed("NSBundle"), Sel("bundleWithPath:"),
-                                      bundlePath);
+  id bundle =
+      platform::sendClass<id>(platform::classNamed("NSBundle"), Sel("bundleWithPath:"), bundlePath);
   return send<id>(bundle, Sel("localizedStringForKey:value:table:"), key,
                   platform::makeString("(default)"), id{nullptr});
 }
@@ -149,7 +162,27 @@ void watchBiometrics(id cls, SEL) {
     return;
   }
 }
-void biometricEvent(id, SEL, id, long code) { logEvent("probe", "biometric event " + std::to_string(code)); }
+void biometricEvent(id, SEL, id, long code) {
+  logEvent("probe", "biometric event " + std::to_string(code));
+}
+
+// Other code asking the library to open a home-screen folder behind its
+// prompt: the folder named NAME is handed to the controller's API.
+void askToOpenFolder(id, SEL, id name) {
+  Class icons = platform::classNamed("SBIconController");
+  id root = send<id>(platform::sendClass<id>(icons, Sel("sharedInstance")), Sel("rootFolder"));
+  id folderIcons = send<id>(root, Sel("folderIcons"));
+  for (platform::UInteger i = 0; i < platform::arrayCount(folderIcons); ++i) {
+    id folder = send<id>(platform::arrayObjectAt(folderIcons, i), Sel("folder"));
+    if (platform::toString(send<id>(folder, Sel("displayName"))) != platform::toString(name))
+      continue;
+    id controller =
+        platform::sendClass<id>(platform::classNamed("KavelinController"), Sel("sharedInstance"));
+    send<void>(controller, Sel("authenticateForOpeningFolder:"), folder);
+    return;
+  }
+  logEvent("probe", "no folder " + platform::toString(name));
+}
 
 // An alert whose delegate is SimProbe, to watch the platform's alert path.
 void showAlert(id cls, SEL, id title, id message, id buttons) {
@@ -164,7 +197,9 @@ void showAlert(id cls, SEL, id title, id message, id buttons) {
   send<void>(alert, Sel("show"));
   send<void>(alert, Sel("release"));
 }
-void alertPresented(id, SEL, id) { logEvent("probe", "alert presented"); }
+void alertPresented(id, SEL, id) {
+  logEvent("probe", "alert presented");
+}
 void alertClicked(id, SEL, id, platform::Integer index) {
   logEvent("probe", "alert clicked " + std::to_string(index));
 }
@@ -209,6 +244,7 @@ void defineProbe() {
       .classMethod("alertView:didDismissWithButtonIndex:", imp(alertDismissed), "v@:@q")
       .classMethod("fileExists:", imp(fileExists), "@@:@")
       .classMethod("watchBiometrics", imp(watchBiometrics), "v@:")
+      .classMethod("askToOpenFolder:", imp(askToOpenFolder), "v@:@")
       .classMethod("biometricEventMonitor:handleBiometricEvent:", imp(biometricEvent), "v@:@q")
       .classMethod("biometricResource:observeEvent:", imp(biometricEvent), "v@:@Q")
       .classMethod("localizedString:bundle:", imp(localizedString), "@@:@@")
