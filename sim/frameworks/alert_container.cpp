@@ -79,10 +79,6 @@ void itemSetDelegate(id self, SEL, id delegate) {
 id itemView(id self, SEL) {
   return stateOf<ModalItemState>(self).view;
 }
-void itemDealloc(id self, SEL cmd) {
-  forgetState(self);
-  sendSuper<void>(platform::classNamed("NSObject"), self, cmd);
-}
 id controllerViewContent(id self, SEL) {
   return stateOf<ControllerViewState>(self).contentView.get();
 }
@@ -97,7 +93,7 @@ void defineAlertContainers() {
       .instance("setDelegate:", imp(itemSetDelegate), "v@:@")
       .instance("_representedView", imp(itemView), "@@:")
       .instance("representedView", imp(itemView), "@@:")
-      .instance("dealloc", imp(itemDealloc), "v@:")
+      .instance("dealloc", imp(forgettingDealloc), "v@:")
       .build();
   Class alert = platform::classNamed("UIAlertView");
   class_addMethod(alert, Sel("_representedModalItem"), imp(alertModalItem), "@@:");

@@ -27,15 +27,6 @@ using platform::sendSuper;
 
 namespace {
 
-id autoreleasedNew(id cls) {
-  return send<id>(send<id>(send<id>(cls, Sel("alloc")), Sel("init")), Sel("autorelease"));
-}
-
-void forgettingDealloc(id self, SEL cmd) {
-  forgetState(self);
-  sendSuper<void>(platform::classNamed("NSObject"), self, cmd);
-}
-
 // ---- CAAnimation ----
 
 struct AnimationState {

@@ -153,11 +153,6 @@ id sharedInstanceOf(id cls, SEL) {
   return sharedOf(class_getName(reinterpret_cast<Class>(cls)));
 }
 
-void forgettingDealloc(id self, SEL cmd) {
-  forgetState(self);
-  platform::sendSuper<void>(platform::classNamed("NSObject"), self, cmd);
-}
-
 ReplyBlock::ReplyBlock(const std::string& what) {
   __block int calls = 0;
   std::string name = what;

@@ -111,9 +111,6 @@ void pressHomeInSwitcher();
 id sharedOf(const char* className);
 // A class method that answers the receiving class's shared instance.
 id sharedInstanceOf(id cls, SEL);
-// -dealloc of a simulated SpringBoard object: its C++ state goes, then
-// NSObject frees it.
-void forgettingDealloc(id self, SEL cmd);
 
 // A reply block (void (^)(id error)) that a platform method must call once:
 // the first call logs "reply WHAT" (with " failed" for an error), any later

@@ -18,6 +18,13 @@ std::vector<std::function<void(id)>>& stateForgetters();
 // Drops every kind of state kept for `obj`.
 void forgetState(id obj);
 
+// -dealloc of a simulated class whose superclass is NSObject: forgets the
+// object's state, then NSObject's dealloc.
+void forgettingDealloc(id self, SEL cmd);
+
+// A new autoreleased instance of the class `cls` (a class method's self).
+id autoreleasedNew(id cls);
+
 // Returns the state of type T of `obj`, creating it on first use.
 template <typename T>
 T& stateOf(id obj) {

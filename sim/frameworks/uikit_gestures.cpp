@@ -84,10 +84,6 @@ BOOL gestureEnabled(id self, SEL) {
 void gestureSetEnabled(id self, SEL, BOOL on) {
   stateOf<GestureState>(self).enabled = on != 0;
 }
-void gestureDealloc(id self, SEL cmd) {
-  forgetState(self);
-  sendSuper<void>(platform::classNamed("NSObject"), self, cmd);
-}
 
 }  // namespace
 
@@ -104,7 +100,7 @@ void defineUIKitGestures() {
       .instance("view", imp(gestureView), "@@:")
       .instance("isEnabled", imp(gestureEnabled), "C@:")
       .instance("setEnabled:", imp(gestureSetEnabled), "v@:C")
-      .instance("dealloc", imp(gestureDealloc), "v@:")
+      .instance("dealloc", imp(forgettingDealloc), "v@:")
       .build();
   ClassBuilder("UITapGestureRecognizer", "UIGestureRecognizer").build();
 }

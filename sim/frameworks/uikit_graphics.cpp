@@ -23,16 +23,6 @@ using platform::sendSuper;
 
 namespace {
 
-// A new autoreleased instance of the receiving class (a class method's self).
-id autoreleasedNew(id cls) {
-  return send<id>(send<id>(send<id>(cls, Sel("alloc")), Sel("init")), Sel("autorelease"));
-}
-
-void forgettingDealloc(id self, SEL cmd) {
-  forgetState(self);
-  sendSuper<void>(platform::classNamed("NSObject"), self, cmd);
-}
-
 // ---- UIColor ----
 
 struct ColorState {

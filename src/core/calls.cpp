@@ -36,10 +36,6 @@ void performOn(id target, const char* selector, double delay) {
 
 }  // namespace
 
-void noteNamesShownDuringCall() {
-  state().namesShownDuringCall = true;
-}
-
 void callStatusChanged() {
   const settings::Settings& s = settings::current();
   platform::AutoreleasePool pool;

@@ -8,7 +8,4 @@ namespace kv::core {
 // "TUCallCenterCallStatusChangedNotification".
 void callStatusChanged();
 
-// A match during a call showed the caller's name (set by the in-call matcher).
-void noteNamesShownDuringCall();
-
 }  // namespace kv::core

@@ -338,13 +338,9 @@ void defineKavelinController() {
   platform::defineClass("KavelinController", "NSObject", table);
 }
 
-id kavelinController() {
+id controller() {
   defineKavelinController();
   return platform::sendClass<id>(platform::classNamed("KavelinController"), Sel("sharedInstance"));
-}
-
-id controller() {
-  return kavelinController();
 }
 
 }  // namespace kv::core

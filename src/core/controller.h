@@ -10,6 +10,6 @@ namespace kv::core {
 void defineKavelinController();
 
 // The shared controller, created on first use.
-id kavelinController();
+id controller();
 
 }  // namespace kv::core

@@ -5,12 +5,10 @@
 
 #include <string>
 
+#include "core/controller.h"
 #include "platform/objc.h"
 
 namespace kv::core {
-
-// The shared KavelinController, created on first use.
-id controller();
 
 // Keeps `invocation` (an NSInvocation, retained) as the deferred action; a
 // newer one replaces an older one. nil clears it.

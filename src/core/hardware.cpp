@@ -1,7 +1,9 @@
 // The biometric hardware of the device.
 #include "core/hardware.h"
 
+#include "platform/foundation.h"
 #include "platform/functions.h"
+#include "platform/runtime.h"
 
 namespace kv::core {
 
@@ -19,6 +21,13 @@ bool servicePresent(const char* name) {
 bool faceCameraPresent() {
   static const bool present = servicePresent("AppleH10PearlCam");
   return present;
+}
+
+unsigned long enrolledIdentities() {
+  platform::AutoreleasePool pool;
+  id kit = platform::sendClass<id>(platform::classNamed("BiometricKit"), platform::Sel("manager"));
+  return platform::arrayCount(
+      platform::sendIfResponds<id>(kit, platform::Sel("identities:"), id{nullptr}));
 }
 
 bool biometricHardwareInUse(bool onlyPasscode) {

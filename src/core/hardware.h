@@ -1,4 +1,5 @@
-// The biometric hardware of the device, as the I/O registry tells it.
+// The biometric hardware of the device, as the I/O registry tells it, and
+// the identities enrolled in it.
 #pragma once
 
 namespace kv::core {
@@ -11,5 +12,8 @@ bool faceCameraPresent();
 // passcode only, and the fingerprint sensor ("AppleMesa") or the face camera
 // is in the I/O registry. Asks the registry on every call.
 bool biometricHardwareInUse(bool onlyPasscode);
+
+// The number of enrolled fingers or faces (BiometricKit's identities).
+unsigned long enrolledIdentities();
 
 }  // namespace kv::core

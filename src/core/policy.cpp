@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "core/hardware.h"
 #include "core/session.h"
 #include "core/state.h"
 #include "core/wifi.h"
@@ -96,14 +97,13 @@ bool requiresAuthenticationForOpeningFolder(id folder) {
   // 1. The Newsstand folder goes by its fixed entry.
   if (isNewsstand(folder) && contains(settings::current().protectedFolders, kNewsstand))
     return true;
-  // 2. Its display name.
-  if (platform::respondsTo(folder, Sel("displayName")) &&
-      inProtectedFolders(send<id>(folder, Sel("displayName")))) {
-    return true;
-  }
-  // 3. Its default display name; a folder without one is not protected.
-  id defaultName = platform::valueForKeyIfPresent(folder, "defaultDisplayName");
-  return defaultName != nullptr && inProtectedFolders(defaultName);
+  // 2-3. Its display name, else its default display name.
+  return folderNameProtected(folder);
+}
+
+bool folderNameProtected(id folder) {
+  return inProtectedFolders(platform::sendIfResponds<id>(folder, Sel("displayName"))) ||
+         inProtectedFolders(platform::valueForKeyIfPresent(folder, "defaultDisplayName"));
 }
 
 bool isOnTrustedWiFi() {
@@ -146,10 +146,7 @@ id foldersRepresentation() {
 
 bool wayToAuthenticate() {
   if (!settings::current().biometricsInUse) return settings::current().passcode.has_value();
-  platform::AutoreleasePool pool;
-  id kit = platform::sendClass<id>(platform::classNamed("BiometricKit"), Sel("manager"));
-  return platform::arrayCount(platform::sendIfResponds<id>(kit, Sel("identities:"), id{nullptr})) >
-         0;
+  return enrolledIdentities() > 0;
 }
 
 bool sessionExists() {

@@ -20,6 +20,10 @@ bool requiresAuthenticationForIdentifier(const std::string& identifier);
 // display name, in the protected folders.
 bool requiresAuthenticationForOpeningFolder(id folder);
 
+// True iff `folder`'s display name or, failing that, its default display
+// name is in the protected folders (a folder with neither is not protected).
+bool folderNameProtected(id folder);
+
 // True iff the device is associated with a network whose BSSID is one of
 // "allowedWiFis", read from the domain on every call.
 bool isOnTrustedWiFi();

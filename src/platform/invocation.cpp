@@ -12,8 +12,6 @@ const Sel kSetArgument("setArgument:atIndex:");
 const Sel kMethodSignature("methodSignature");
 const Sel kNumberOfArguments("numberOfArguments");
 const Sel kRetainArguments("retainArguments");
-const Sel kSelector("selector");
-const Sel kTarget("target");
 const Sel kInvoke("invoke");
 const Sel kValueWithPointer("valueWithPointer:");
 }  // namespace
@@ -42,14 +40,6 @@ bool setInvocationArgument(id invocation, void* value, UInteger index) {
 
 void retainArguments(id invocation) {
   send<void>(invocation, kRetainArguments);
-}
-
-SEL invocationSelector(id invocation) {
-  return send<SEL>(invocation, kSelector);
-}
-
-id invocationTarget(id invocation) {
-  return send<id>(invocation, kTarget);
 }
 
 void invoke(id invocation) {

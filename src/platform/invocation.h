@@ -41,10 +41,6 @@ Retained invocationOf(id target, SEL sel, A... args) {
 // Tells the invocation to retain its object arguments (and copy its C strings).
 void retainArguments(id invocation);
 
-// Returns the invocation's selector and target (nil/NULL for nil).
-SEL invocationSelector(id invocation);
-id invocationTarget(id invocation);
-
 // Invokes it.
 void invoke(id invocation);
 

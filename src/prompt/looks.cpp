@@ -120,7 +120,7 @@ bool buildGlyph(AlertViewState& s, const Look& look, id container) {
   static const Sel kSetTransform("setTransform:");
   Class glyphClass = platform::classNamed("PKGlyphView");
   if (glyphClass == nullptr) return false;
-  id controller = core::kavelinController();
+  id controller = core::controller();
   auto style = send<Integer>(controller, kGlyphStyle);
   auto mode = send<Integer>(controller, kGlyphMode);
   s.glyphView =

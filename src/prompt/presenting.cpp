@@ -64,7 +64,7 @@ void addPasscodeField(id self, AlertViewState& s, id container) {
   if (!startup::flags().isIOS8OrLater && platform::respondsTo(self, kSetupKBWatcher)) {
     send<void>(self, kSetupKBWatcher);
   }
-  send<void>(field, kSetDelegate, core::kavelinController());
+  send<void>(field, kSetDelegate, core::controller());
   send<void>(container, sel::kAddSubview, field);
 }
 

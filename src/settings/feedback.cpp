@@ -52,16 +52,7 @@ void playVibration() {
 void hapticChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                    CFDictionaryRef) {
   // 1. The level as stored now; 2. felt at once; 3. then every setting.
-  int level = 2;
-  {
-    platform::AutoreleasePool pool;
-    id domain = platform::makeString(kDomain);
-    CFPreferencesAppSynchronize(platform::cf(domain));
-    platform::Retained value = platform::Retained::adopt(platform::ns(CFPreferencesCopyAppValue(
-        platform::cf(platform::makeString("haptic")), platform::cf(domain))));
-    if (platform::isKindOf(value.get(), "NSNumber"))
-      level = platform::send<int>(value.get(), Sel("intValue"));
-  }
+  int level = storedInteger("haptic").value_or(2);
   // The sample plays the stored level as it stands: 0 is no level, strong.
   post(hapticNote(level));
   load();

@@ -103,12 +103,6 @@ void readFlags(Settings& s, const BoolKey* begin, const BoolKey* end) {
     s.*(k->slot) = readBool(k->key).value_or(k->fallback);
 }
 
-platform::UInteger enrolledIdentities() {
-  platform::AutoreleasePool pool;
-  id kit = platform::sendClass<id>(platform::classNamed("BiometricKit"), Sel("manager"));
-  return platform::arrayCount(platform::send<id>(kit, Sel("identities:"), id{nullptr}));
-}
-
 bool contains(const std::vector<std::string>& list, const std::string& item) {
   return std::find(list.begin(), list.end(), item) != list.end();
 }
@@ -140,7 +134,7 @@ void load() {
   s.passcode = readString("passcode");
   s.shouldShowExperimentalAlert = readBool("shouldShowExperimentalAlert").value_or(true);
   s.onlyPasscode = s.onlyPasscode && s.passcode.has_value();
-  if (s.passcode && enrolledIdentities() == 0) s.onlyPasscode = true;
+  if (s.passcode && core::enrolledIdentities() == 0) s.onlyPasscode = true;
 
   // 3-5. The master switch; rule B for the caller's name.
   s.enabled = readBool("Enabled").value_or(true);
@@ -184,6 +178,22 @@ void load() {
 
   // 10. Without biometrics, a stored passcode is what "identities" means.
   if (!s.biometricsInUse) publish(Note::kIdentities, s.passcode ? 1 : 0);
+}
+
+std::optional<int> storedInteger(const char* key) {
+  {
+    platform::AutoreleasePool pool;
+    CFPreferencesAppSynchronize(platform::cf(domainName()));
+  }
+  return readInt(key);
+}
+
+std::optional<std::string> storedString(const char* key) {
+  {
+    platform::AutoreleasePool pool;
+    CFPreferencesAppSynchronize(platform::cf(domainName()));
+  }
+  return readString(key);
 }
 
 void setBiometricsInUse(bool inUse) {

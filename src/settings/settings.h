@@ -67,6 +67,11 @@ void disableExperimentalAlert();
 // Writes `protectedFolders` to the domain and the snapshot.
 void storeProtectedFolders(std::vector<std::string> folders);
 
+// One key read from the domain now, after a synchronise, for code that must
+// not depend on the snapshot; a value of another type reads as absent.
+std::optional<int> storedInteger(const char* key);
+std::optional<std::string> storedString(const char* key);
+
 // One trusted network as the settings pane stores it.
 struct TrustedNetwork {
   std::string ssid;

@@ -1,8 +1,6 @@
 // What every SpringBoard guard shares.
 #include "springboard/gate.h"
 
-#include <algorithm>
-
 #include "core/coordinator.h"
 #include "core/policy.h"
 #include "core/session.h"
@@ -65,17 +63,6 @@ id openFolder() {
   id icons =
       platform::sendClass<id>(platform::classNamed("SBIconController"), Sel("sharedInstance"));
   return sendIfResponds<id>(icons, Sel("openFolder"));
-}
-
-bool folderNameProtected(id folder) {
-  if (folder == nullptr) return false;
-  const auto& folders = settings::current().protectedFolders;
-  auto listed = [&](id name) {
-    auto text = platform::stringOf(name);
-    return text && std::find(folders.begin(), folders.end(), *text) != folders.end();
-  };
-  return listed(sendIfResponds<id>(folder, Sel("displayName"))) ||
-         listed(platform::valueForKeyIfPresent(folder, "defaultDisplayName"));
 }
 
 }  // namespace kv::springboard

@@ -18,7 +18,10 @@ enum class HeldCall {
 
 // The guard gate, in its order: protection on; a way to authenticate;
 // neither trusted Wi-Fi nor a kept session; no call already held. True when
-// the guard goes on to look at its lists; false runs the platform method.
+// the guard may hold its call back; false runs the platform method. The
+// gate reads the trusted networks from the preferences on every call and
+// changes nothing, so guards look their item up first: an unprotected
+// launch costs no file read, and every answer is the same.
 //
 // A call held back for the prompt is still held while it is replayed after
 // success, so every guard on the replay's path lets it through. An URL
@@ -54,8 +57,5 @@ LaunchState& launchState();
 
 // The open folder of the home screen, or nil.
 id openFolder();
-
-// True iff `folder`'s display name or default display name is a protected folder.
-bool folderNameProtected(id folder);
 
 }  // namespace kv::springboard

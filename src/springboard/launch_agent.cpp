@@ -52,7 +52,7 @@ id bulletinSection(id bulletin) {
 template <typename... A>
 bool holdBackBulletin(id self, SEL cmd, id bulletin, A... args) {
   id section = bulletinSection(bulletin);
-  if (!gatePasses() || !isProtectedApp(section)) return false;
+  if (!isProtectedApp(section) || !gatePasses()) return false;
   Retained call = platform::invocationOf(self, cmd, bulletin, args...);
   platform::retainArguments(call.get());
   return holdBack(call.get(), section);
@@ -62,7 +62,7 @@ bool holdBackBulletin(id self, SEL cmd, id bulletin, A... args) {
 
 BOOL agentOpenApplication(id self, SEL cmd, id bundleIdentifier, id url, Integer source,
                           BOOL animated, id options) {
-  if (gatePasses() && isProtectedApp(bundleIdentifier)) {
+  if (isProtectedApp(bundleIdentifier) && gatePasses()) {
     Retained call =
         platform::invocationOf(self, cmd, bundleIdentifier, url, source, animated, options);
     if (call) {

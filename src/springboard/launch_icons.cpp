@@ -1,6 +1,7 @@
 // Launches from the home screen.
 #include "springboard/launch_icons.h"
 
+#include "core/policy.h"
 #include "platform/hook.h"
 #include "platform/invocation.h"
 #include "platform/runtime.h"
@@ -23,14 +24,14 @@ using platform::sendIfResponds;
 bool folderPass() {
   const settings::Settings& s = settings::current();
   if (s.appsInFoldersAreStillProtected || launchState().staleOpenFolder) return false;
-  return folderNameProtected(openFolder());
+  return core::folderNameProtected(openFolder());
 }
 
 // Once an app from a protected folder is in front, the folder closes.
 void closeProtectedFolderAfterLaunch() {
   if (!settings::current().closeProtectedFoldersAfterLaunchingApp) return;
   id folder = openFolder();
-  if (!folderNameProtected(folder)) return;
+  if (!core::folderNameProtected(folder)) return;
   id icons =
       platform::sendClass<id>(platform::classNamed("SBIconController"), Sel("sharedInstance"));
   if (platform::respondsTo(icons, Sel("closeFolderAnimated:withCompletion:"))) {
@@ -49,7 +50,7 @@ id activatedIdentifier(id application) {
 }
 
 bool guards(id identifier) {
-  return gatePasses() && isProtectedApp(identifier);
+  return isProtectedApp(identifier) && gatePasses();
 }
 
 }  // namespace

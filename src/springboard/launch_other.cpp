@@ -20,7 +20,7 @@ using platform::sendIfResponds;
 constexpr const char* kPhotos = "com.apple.mobileslideshow";
 
 bool guards(id identifier) {
-  return gatePasses() && isProtectedApp(identifier);
+  return isProtectedApp(identifier) && gatePasses();
 }
 
 // The switcher's own launches are guarded here only while the switcher as a

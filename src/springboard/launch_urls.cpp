@@ -75,7 +75,7 @@ bool openURLCore(id self, SEL cmd, id url, id display, BOOL animating, id sender
                  id block) {
   if (repeatsWaitingUrl(url)) return true;
   UrlTargets targets = targetsOf(self, url, display);
-  if (!gatePasses(HeldCall::kUrl) || !targets.anyProtected()) return false;
+  if (!targets.anyProtected() || !gatePasses(HeldCall::kUrl)) return false;
   Retained u = keptCopy(url), d = keptCopy(display), s = keptCopy(sender), b = keptCopy(block);
   Retained call;
   if constexpr (std::is_same_v<Last, id>) {
@@ -119,7 +119,7 @@ void applicationOpenURL(id self, SEL cmd, id url, id application, id sender, BOO
                         BOOL animating, BOOL needsPermission, id context, id handler) {
   using Original = platform::Hook<&applicationOpenURL>;
   UrlTargets targets = targetsOf(self, url, application);
-  if (gatePasses(HeldCall::kUrl) && targets.anyProtected()) {
+  if (targets.anyProtected() && gatePasses(HeldCall::kUrl)) {
     Retained u = keptCopy(url), a = keptCopy(application), s = keptCopy(sender),
              c = keptCopy(context), h = keptCopy(handler);
     Retained call = platform::invocationOf(self, cmd, u.get(), a.get(), s.get(), publicOnly,

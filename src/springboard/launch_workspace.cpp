@@ -97,7 +97,7 @@ void systemServiceOpenRequest(id self, SEL cmd, id service, id request, id compl
   using Original = platform::Hook<&systemServiceOpenRequest>;
   id identifier = sendIfResponds<id>(request, Sel("bundleIdentifier"));
   id options = sendIfResponds<id>(sendIfResponds<id>(request, Sel("options")), Sel("dictionary"));
-  if (!unguardedOrigin(options) && gatePasses() && isProtectedApp(identifier)) {
+  if (!unguardedOrigin(options) && isProtectedApp(identifier) && gatePasses()) {
     Retained call = platform::invocationOf(self, cmd, service, request, completion);
     platform::retainArguments(call.get());
     if (holdBack(call.get(), identifier)) return;
@@ -114,11 +114,11 @@ BOOL setCurrentTransaction(id self, SEL cmd, id request, id fallbackProvider) {
     launch.skipController.reset();
     return Original::original(self, cmd, request, fallbackProvider);
   }
-  // 2-3. Only a transaction that brings a protected app up.
-  if (!gatePasses() || !labelActivates(request))
+  // 2-3. Only a transaction that brings a protected app up, past the gate.
+  id candidate = labelActivates(request) ? protectedCandidate(request) : nullptr;
+  if (candidate == nullptr || !gatePasses()) {
     return Original::original(self, cmd, request, fallbackProvider);
-  id candidate = protectedCandidate(request);
-  if (candidate == nullptr) return Original::original(self, cmd, request, fallbackProvider);
+  }
   // 4-5. The authenticated URL's target once; a lock-screen match.
   if (spendApprovedUrlPass(candidate) || launch.lockScreenMatch) {
     return Original::original(self, cmd, request, fallbackProvider);
@@ -134,7 +134,7 @@ id appToAppInit(id self, SEL cmd, id alertManager, id from, id to, id result) {
   id identifier = sendIfResponds<id>(to, Sel("bundleIdentifier"));
   // The authenticated URL's pass is spent here, and the gate still decides.
   spendApprovedUrlPass(identifier);
-  if (gatePasses() && isProtectedApp(identifier)) {
+  if (isProtectedApp(identifier) && gatePasses()) {
     Retained call = activation(identifier);
     if (holdBack(call.get(), identifier)) {
       send<void>(self, Sel("release"));  // no transaction after all
@@ -150,7 +150,7 @@ void workspaceOpenRequest(id self, SEL cmd, id workspace, id bundleIdentifier, i
   id suspended = platform::objectForKey(options, "__ActivateSuspended");
   bool guardedRequest =
       suspended != nullptr && sendIfResponds<int>(suspended, Sel("intValue")) != 1;
-  if (guardedRequest && gatePasses() && isProtectedApp(bundleIdentifier)) {
+  if (guardedRequest && isProtectedApp(bundleIdentifier) && gatePasses()) {
     Retained copies[] = {keptCopy(workspace), keptCopy(bundleIdentifier), keptCopy(options),
                          keptCopy(origin), keptCopy(result)};
     Retained call = platform::invocationOf(self, cmd, copies[0].get(), copies[1].get(),

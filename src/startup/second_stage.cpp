@@ -4,6 +4,8 @@
 #include <spawn.h>
 
 #include "core/controller.h"
+#include "core/device.h"
+#include "core/hardware.h"
 #include "core/messages.h"
 #include "platform/foundation.h"
 #include "platform/functions.h"
@@ -32,7 +34,7 @@ void createMessagingCenter() {
   id center = sendClass<id>(platform::classNamed("CPDistributedMessagingCenter"),
                             Sel("centerNamed:"), platform::makeString(core::kCenterName));
   send<void>(center, Sel("runServerOnCurrentThread"));
-  id target = core::kavelinController();
+  id target = core::controller();
   for (const char* name : core::messageNames()) {
     send<void>(center, Sel("registerForMessageName:target:selector:"), platform::makeString(name),
                target, Sel("handleMessageNamed:userInfo:"));
@@ -50,35 +52,6 @@ void restartMediaServer() {
   }
 }
 
-// Whether a Kavelin passcode is stored, read from the domain itself: this
-// runs before the stage loads the settings, and the answer must not depend
-// on whether an earlier load happened.
-bool passcodeStored() {
-  platform::AutoreleasePool pool;
-  id domain = platform::makeString(settings::kDomain);
-  CFPreferencesAppSynchronize(platform::cf(domain));
-  platform::Retained value = platform::Retained::adopt(platform::ns(CFPreferencesCopyAppValue(
-      platform::cf(platform::makeString("passcode")), platform::cf(domain))));
-  return platform::isKindOf(value.get(), "NSString");
-}
-
-bool identitiesEnrolled() {
-  platform::AutoreleasePool pool;
-  id kit = sendClass<id>(platform::classNamed("BiometricKit"), Sel("manager"));
-  return platform::arrayCount(send<id>(kit, Sel("identities:"), id{nullptr})) > 0;
-}
-
-bool deviceHasPasscode() {
-  if (flags().isIOS10OrLater) {
-    id connection =
-        sendClass<id>(platform::classNamed("MCProfileConnection"), Sel("sharedConnection"));
-    return send<BOOL>(connection, Sel("isPasscodeSet")) != 0;
-  }
-  id controller =
-      sendClass<id>(platform::classNamed("SBDeviceLockController"), Sel("sharedController"));
-  return send<BOOL>(controller, Sel("deviceHasPasscodeSet")) != 0;
-}
-
 }  // namespace
 
 id uiControllerInit(id self, SEL cmd) {
@@ -92,9 +65,10 @@ id uiControllerInit(id self, SEL cmd) {
   }
   // 3-4. Whether the user can authenticate, and whether the device has a passcode.
   SpringBoardFlags& sb = springBoardFlags();
-  sb.identitiesPresent =
-      settings::current().biometricsInUse ? identitiesEnrolled() : passcodeStored();
-  sb.devicePasscodeSet = deviceHasPasscode();
+  sb.identitiesPresent = settings::current().biometricsInUse
+                             ? core::enrolledIdentities() > 0
+                             : settings::storedString("passcode").has_value();
+  sb.devicePasscodeSet = core::devicePasscodeSet();
   // 5. The settings.
   settings::load();
   // 6. The identities state, on every call.

@@ -43,7 +43,7 @@ void startupFinished(CFNotificationCenterRef, void*, CFNotificationName, const v
 
 void lockDeviceNow(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                    CFDictionaryRef) {
-  platform::send<void>(core::kavelinController(), platform::Sel("lockDeviceFromNotification"));
+  platform::send<void>(core::controller(), platform::Sel("lockDeviceFromNotification"));
 }
 
 void testGlyph(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef) {
