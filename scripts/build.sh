@@ -6,8 +6,15 @@ dir=$1
 shift
 generator=()
 command -v ninja >/dev/null && generator=(-G Ninja)
+# A compiler cache, where the machine has one, lets several checkouts of the
+# tree share their objects: paths are hashed relative to the checkout.
+launcher=()
+if command -v ccache >/dev/null; then
+  launcher=(-DCMAKE_C_COMPILER_LAUNCHER=ccache -DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
+  export CCACHE_BASEDIR="$root" CCACHE_NOHASHDIR=1
+fi
 if [[ ! -f "$dir/CMakeCache.txt" ]]; then
-  cmake -S "$root" -B "$dir" "${generator[@]}" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+  cmake -S "$root" -B "$dir" "${generator[@]}" "${launcher[@]}" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
     "$@" >"$dir.configure.log" 2>&1 || { cat "$dir.configure.log" >&2; exit 1; }
 else
   cmake -S "$root" -B "$dir" "$@" >"$dir.configure.log" 2>&1 || { cat "$dir.configure.log" >&2; exit 1; }
