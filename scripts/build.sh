@@ -17,7 +17,7 @@ if [[ ! -f "$dir/CMakeCache.txt" ]]; then
   cmake -S "$root" -B "$dir" "${generator[@]}" "${launcher[@]}" -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
     "$@" >"$dir.configure.log" 2>&1 || { cat "$dir.configure.log" >&2; exit 1; }
 else
-  cmake -S "$root" -B "$dir" "$@" >"$dir.configure.log" 2>&1 || { cat "$dir.configure.log" >&2; exit 1; }
+  cmake -S "$root" -B "$dir" "${launcher[@]}" "$@" >"$dir.configure.log" 2>&1 || { cat "$dir.configure.log" >&2; exit 1; }
 fi
 # The build's own status decides (a filter after it must not hide a failure);
 # progress lines are left out of what is shown.
