@@ -93,7 +93,6 @@ void defineAlertContainers() {
       .instance("setDelegate:", imp(itemSetDelegate), "v@:@")
       .instance("_representedView", imp(itemView), "@@:")
       .instance("representedView", imp(itemView), "@@:")
-      .instance("dealloc", imp(forgettingDealloc), "v@:")
       .build();
   Class alert = platform::classNamed("UIAlertView");
   class_addMethod(alert, Sel("_representedModalItem"), imp(alertModalItem), "@@:");

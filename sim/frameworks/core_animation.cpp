@@ -220,7 +220,6 @@ void defineAnimations() {
       .instance("setTimingFunction:", imp(setObject<&S::timingFunction>), "v@:@")
       .instance("delegate", imp(getObject<&S::delegate>), "@@:")
       .instance("setDelegate:", imp(setObject<&S::delegate>), "v@:@")
-      .instance("dealloc", imp(forgettingDealloc), "v@:")
       .build();
   ClassBuilder("CAPropertyAnimation", "CAAnimation")
       .classMethod("animationWithKeyPath:", imp(animationWithKeyPath), "@@:@")
@@ -259,7 +258,6 @@ void defineCoreAnimation() {
       .instance("setTransform:", imp(layerSetTransform), typesOf(layerSetTransform).c_str())
       .instance("delegate", imp(layerDelegate), "@@:")
       .instance("setDelegate:", imp(layerSetDelegate), "v@:@")
-      .instance("dealloc", imp(forgettingDealloc), "v@:")
       .build();
   defineAnimations();
 }

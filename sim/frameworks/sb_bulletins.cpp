@@ -169,7 +169,6 @@ void addBulletinLaunches(ClassBuilder& userAgent) {
 
 void defineSpringBoardBulletins() {
   ClassBuilder bulletin("BBBulletin", "NSObject");
-  bulletin.instance("dealloc", imp(forgettingDealloc), "v@:");
   addCatalogued(bulletin, "-section", imp(bulletinSection));
   addCatalogued(bulletin, "-sectionID", imp(bulletinSection));
   addCatalogued(bulletin, "-title", imp(bulletinTitle));

@@ -193,7 +193,6 @@ void defineSpringBoardOpenRequests() {
   for (const char* name : {"FBSystemServiceOpenApplicationRequest", "FBSOpenApplicationOptions"}) {
     if (!cataloguedHere(name)) continue;
     ClassBuilder cls(name, "NSObject");
-    cls.instance("dealloc", imp(forgettingDealloc), "v@:");
     addCatalogued(cls, "-bundleIdentifier", imp(requestBundleIdentifier));
     addCatalogued(cls, "-options", imp(requestOptions));
     addCatalogued(cls, "-dictionary", imp(optionsDictionary));

@@ -262,7 +262,6 @@ void defineSpringBoardSwitcher() {
     ClassBuilder("SBDeckSwitcherViewController", "UIViewController").build();
   }
   ClassBuilder gesture("SBSwitcherForcePressSystemGestureTransaction", "NSObject");
-  gesture.instance("dealloc", imp(forgettingDealloc), "v@:");
   addCatalogued(gesture, "-_transitionRequestForPresentationWithCommitment:toNextDisplayItem:",
                 imp(forcePressRequest));
   if (cataloguedHere("SBSwitcherForcePressSystemGestureTransaction")) gesture.build();

@@ -236,17 +236,14 @@ void addTransactions(ClassBuilder& workspace) {
 
 void defineSpringBoardWorkspace() {
   ClassBuilder request("SBMainWorkspaceTransitionRequest", "NSObject");
-  request.instance("dealloc", imp(forgettingDealloc), "v@:");
   addCatalogued(request, "-eventLabel", imp(requestEventLabel));
   addCatalogued(request, "-activatingApps", imp(requestActivatingApps));
   addCatalogued(request, "-toApplicationSceneEntities", imp(requestSceneEntities));
   if (cataloguedHere("SBMainWorkspaceTransitionRequest")) request.build();
   ClassBuilder entity("SBDeviceApplicationSceneEntity", "NSObject");
-  entity.instance("dealloc", imp(forgettingDealloc), "v@:");
   addCatalogued(entity, "-application", imp(entityApplication));
   if (cataloguedHere("SBDeviceApplicationSceneEntity")) entity.build();
   ClassBuilder transaction("SBAppToAppWorkspaceTransaction", "NSObject");
-  transaction.instance("dealloc", imp(forgettingDealloc), "v@:");
   addCatalogued(transaction, "-initWithAlertManager:from:to:withResult:", imp(appToAppInit));
   addCatalogued(transaction, "-begin", imp(transactionBegin));
   transaction.build();

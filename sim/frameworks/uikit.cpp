@@ -124,7 +124,6 @@ void responderDealloc(id self, SEL cmd) {
     gFirstResponder = nullptr;
     setKeyboard(false);
   }
-  forgetState(self);
   sendSuper<void>(platform::classNamed("NSObject"), self, cmd);
 }
 

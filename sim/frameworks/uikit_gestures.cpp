@@ -100,7 +100,6 @@ void defineUIKitGestures() {
       .instance("view", imp(gestureView), "@@:")
       .instance("isEnabled", imp(gestureEnabled), "C@:")
       .instance("setEnabled:", imp(gestureSetEnabled), "v@:C")
-      .instance("dealloc", imp(forgettingDealloc), "v@:")
       .build();
   ClassBuilder("UITapGestureRecognizer", "UIGestureRecognizer").build();
 }

@@ -196,7 +196,6 @@ void defineUIKitGraphics() {
       .instance("getRed:green:blue:alpha:", imp(colorGetRGBA), "C@:^d^d^d^d")
       .instance("colorWithAlphaComponent:", imp(colorWithAlpha), "@@:d")
       .instance("isEqual:", imp(colorIsEqual), "C@:@")
-      .instance("dealloc", imp(forgettingDealloc), "v@:")
       .build();
   ClassBuilder("UIFont", "NSObject")
       .classMethod("systemFontOfSize:", imp(systemFont), "@@:d")
@@ -204,7 +203,6 @@ void defineUIKitGraphics() {
       .classMethod("fontWithName:size:", imp(fontWithNameSize), "@@:@d")
       .instance("pointSize", imp(fontSize), "d@:")
       .instance("fontName", imp(fontName), "@@:")
-      .instance("dealloc", imp(forgettingDealloc), "v@:")
       .build();
   ClassBuilder("UIImage", "NSObject")
       .classMethod("imageNamed:", imp(imageNamed), "@@:@")
@@ -213,7 +211,6 @@ void defineUIKitGraphics() {
       .classMethod("imageWithContentsOfFile:", imp(imageWithContentsOfFile), "@@:@")
       .instance("size", imp(imageSize), typesOf(imageSize).c_str())
       .instance("scale", imp(imageScale), "d@:")
-      .instance("dealloc", imp(forgettingDealloc), "v@:")
       .build();
 }
 
