@@ -401,6 +401,14 @@ bool frontHolds(Runner& r, const Statement& s, std::string* seen) {
   return false;
 }
 
+bool folderOpenHolds(Runner& r, const Statement& s, std::string* seen) {
+  auto folder = askSpringBoard(r, "folder", seen);
+  if (!folder) return false;
+  if (folder->asString() == s.predicateArgs[0]) return true;
+  *seen = folder->asString().empty() ? "no folder is open" : "open: " + folder->asString();
+  return false;
+}
+
 bool launchedHolds(Runner& r, const Statement& s, std::string* seen) {
   std::string fronts;
   for (const Event* e : windowOf(r, "front")) {
@@ -474,6 +482,8 @@ const std::vector<PredicateSpec>& predicates() {
       {"prompt", 0, 2, "prompt [title \"TEXT\" | message \"TEXT\" | passcode-field]",
        "a Kavelin prompt is visible (with that item line, message or passcode field)", promptHolds},
       {"locked", 0, 0, "locked", "the device is locked", lockedHolds},
+      {"folder-open", 1, 1, "folder-open NAME", "that folder is open on the home screen",
+       folderOpenHolds},
       {"switcher", 0, -1, "switcher [BUNDLE-ID...]",
        "the app switcher shows (with exactly these items, most recent first)", switcherHolds},
   };

@@ -309,8 +309,10 @@ id frontMostApplication(id, SEL) {
 }
 
 void menuButtonDown(id, SEL, id) {}
-// Home closes what is open, innermost first: a shortcut menu, the switcher,
-// a folder; then the front app gives way to the home screen.
+// Home closes what is on top, one thing a press: a shortcut menu, the
+// switcher, the front app. The home screen comes back as it was left, with
+// a folder still open when one was; on the home screen itself home closes
+// the open folder.
 void menuButtonUp(id, SEL, id) {
   if (springBoard().locked) {
     host::logEvent("button", "home on the lock screen");
@@ -321,11 +323,11 @@ void menuButtonUp(id, SEL, id) {
     pressHomeInSwitcher();
     return;
   }
-  if (!springBoard().openFolder.empty()) {
-    closeFolder();
+  if (springBoard().front != "home") {
+    bringToFront("home");
     return;
   }
-  if (springBoard().front != "home") bringToFront("home");
+  closeFolder();
 }
 
 void defineIcons() {
@@ -449,6 +451,9 @@ void defineSpringBoardApps() {
   host::registerAction("home", homeAction);
   host::registerQuery(
       "front", [](const std::vector<std::string>&) { return Value::string(springBoard().front); });
+  host::registerQuery("folder", [](const std::vector<std::string>&) {
+    return Value::string(springBoard().openFolder);
+  });
 }
 
 // SpringBoard's home-button handlers and its front app, added to the
