@@ -5,8 +5,8 @@
 
 #include "core/controller.h"
 #include "core/device.h"
-#include "core/hardware.h"
 #include "core/messages.h"
+#include "core/policy.h"
 #include "platform/foundation.h"
 #include "platform/functions.h"
 #include "platform/hook.h"
@@ -55,23 +55,20 @@ void restartMediaServer() {
 }  // namespace
 
 id uiControllerInit(id self, SEL cmd) {
-  // 1. The platform's own init.
   id result = platform::Hook<&uiControllerInit>::original(self, cmd);
-  // 2. The messaging centre, once, and the media server's restart with it.
+  // The messaging centre once, and the media server's restart with it.
   if (!gCenterCreated) {
     gCenterCreated = true;
     createMessagingCenter();
     restartMediaServer();
   }
-  // 3-4. Whether the user can authenticate, and whether the device has a passcode.
   SpringBoardFlags& sb = springBoardFlags();
-  sb.identitiesPresent = settings::current().biometricsInUse
-                             ? core::enrolledIdentities() > 0
-                             : settings::storedString("passcode").has_value();
   sb.devicePasscodeSet = core::devicePasscodeSet();
-  // 5. The settings.
   settings::load();
-  // 6. The identities state, on every call.
+  // Whether someone can authenticate is judged on the settings just loaded:
+  // a stored Kavelin passcode on a device whose sensor has nothing enrolled
+  // counts, as the loader itself has it. Published on every call.
+  sb.identitiesPresent = core::wayToAuthenticate();
   settings::publish(settings::Note::kIdentities, sb.identitiesPresent ? 1 : 0);
   return result;
 }
