@@ -1,6 +1,8 @@
 // The authentication coordinator: deferral, the prompt, success and cancel.
 #include "core/coordinator.h"
 
+#include <utility>
+
 #include "core/device.h"
 #include "core/matching.h"
 #include "core/session.h"
@@ -27,6 +29,26 @@ using settings::Note;
 constexpr double kRetryInterval = 0.1;
 constexpr platform::Integer kCancelButton = 0;
 constexpr platform::Integer kSuccessButton = 2;
+
+Replaying gReplaying = Replaying::kNothing;
+
+// Marks the replay of a held-back call for as long as it runs.
+class ReplayScope {
+ public:
+  explicit ReplayScope(Replaying kind) : outer_(std::exchange(gReplaying, kind)) {}
+  ~ReplayScope() { gReplaying = outer_; }
+  ReplayScope(const ReplayScope&) = delete;
+  ReplayScope& operator=(const ReplayScope&) = delete;
+
+ private:
+  Replaying outer_;
+};
+
+// Invokes a call taken out of the coordinator, marked as the replay it is.
+void replay(Retained call, Replaying kind) {
+  ReplayScope scope(kind);
+  platform::invoke(call.get());
+}
 
 // The prompt's message: room for the glyph and the item line, then the text.
 id promptMessage() {
@@ -209,8 +231,9 @@ void succeed() {
     dismissPrompt(kSuccessButton, false);
     return;
   }
-  // 5-6. A camera request, else the held-back action. The action is still
-  //      held while it runs, so that the guards let the replay through.
+  // A camera request, else the held-back action. The action leaves the
+  // coordinator before it runs: the guards let its replay through as the
+  // replay it is, not because something is still held.
   if (s.cameraPhotosPending) {
     s.cameraPhotosPending = false;
     settings::post(Note::kAllowedInCamPhotos);
@@ -218,15 +241,11 @@ void succeed() {
     s.cameraPhotos9Pending = false;
     settings::post(Note::kAllowedInCamPhotos9);
   } else if (s.invocation) {
-    Retained invocation = s.invocation;
-    platform::invoke(invocation.get());
-    if (s.invocation.get() == invocation.get()) s.invocation.reset();
+    replay(std::move(s.invocation), Replaying::kAction);
   } else if (s.urlInvocation) {
     // The URL is let go first, so that its open is no longer a repeat.
     s.pendingURL.reset();
-    Retained invocation = s.urlInvocation;
-    platform::invoke(invocation.get());
-    if (s.urlInvocation.get() == invocation.get()) s.urlInvocation.reset();
+    replay(std::move(s.urlInvocation), Replaying::kUrlOpen);
   }
   // 7. The sensor goes back to the lock screen.
   if (biometricsInUse()) endMatchingAfterSuccess();
@@ -238,6 +257,10 @@ void succeed() {
   dismissPrompt(kSuccessButton, true);
   s.failedAttempts = 0;
   s.kavelinAlert.reset();
+}
+
+Replaying replaying() {
+  return gReplaying;
 }
 
 void cleanupAlertAndRemoveObserver() {

@@ -41,6 +41,18 @@ void authenticateForIdentifier(id identifier, id target, SEL sel, id argumentPoi
 // flags in order, the replay, the session, the dismissal.
 void succeed();
 
+// Which held-back call the success path is replaying.
+enum class Replaying {
+  kNothing,  // no replay is running
+  kAction,   // the deferred action (`invocation`)
+  kUrlOpen,  // the deferred URL open (`urlInvocation`)
+};
+
+// The replay running at this moment. A replayed call is no longer held: the
+// guards on its path let it through because it is what the user has just
+// authenticated, and they know it by this.
+Replaying replaying();
+
 // Every exit that is not success: drops what was held back, gives the
 // sensor back and tells other processes the prompt was cancelled.
 void cleanupAlertAndRemoveObserver();

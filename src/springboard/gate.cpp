@@ -16,16 +16,12 @@ using platform::sendIfResponds;
 
 bool gatePasses(HeldCall held) {
   const settings::Settings& s = settings::current();
-  // 1. Protection is on.
-  if (!s.enabled) return false;
-  // 2. The user can authenticate at all.
-  if (!core::wayToAuthenticate()) return false;
-  // 3. Neither a trusted network nor a session that keeps items unlocked.
+  if (!s.enabled || !core::wayToAuthenticate()) return false;
+  if (core::replaying() != core::Replaying::kNothing) return false;
   if (core::isOnTrustedWiFi() || (s.keepSession && core::sessionUnlocked())) return false;
-  // 4. No call held already: a second launch while a prompt waits runs.
+  // A second call of the same kind while one waits runs unguarded.
   const core::CoordinatorState& c = core::state();
-  if (c.urlInvocation) return false;
-  return held == HeldCall::kUrl || !c.invocation;
+  return held == HeldCall::kUrl ? !c.urlInvocation : !c.invocation;
 }
 
 bool isProtectedApp(id bundleIdentifier) {

@@ -12,23 +12,22 @@ namespace kv::springboard {
 
 // Which held-back call a guard's gate looks at.
 enum class HeldCall {
-  kAny,  // an action: the gate lets it through while any call is held
-  kUrl,  // an URL open: only a held URL open lets it through
+  kAction,  // an app launch or other action: `invocation`
+  kUrl,     // an URL open: `urlInvocation`
 };
 
-// The guard gate, in its order: protection on; a way to authenticate;
-// neither trusted Wi-Fi nor a kept session; no call already held. True when
-// the guard may hold its call back; false runs the platform method. The
-// gate reads the trusted networks from the preferences on every call and
-// changes nothing, so guards look their item up first: an unprotected
-// launch costs no file read, and every answer is the same.
+// The guard gate: protection on; a way to authenticate; neither trusted
+// Wi-Fi nor a kept session; the call not one already decided; no call of its
+// own kind held. True when the guard may hold its call back; false runs the
+// platform method. The gate reads the trusted networks from the preferences
+// on every call and changes nothing, so guards look their item up first: an
+// unprotected launch costs no file read, and every answer is the same.
 //
-// A call held back for the prompt is still held while it is replayed after
-// success, so every guard on the replay's path lets it through. An URL
-// open's replay reaches the app-launch guards behind it, so those let calls
-// through while an URL open is held too; the URL guards look at the URL
-// open alone, as a second URL while an app's prompt waits is its own request.
-bool gatePasses(HeldCall held = HeldCall::kAny);
+// A call already decided is one on the way of the replay of what the user
+// has just authenticated (the replayed call has left the coordinator, so it
+// is not "held"): every guard behind it lets it through. A call held of the other kind guards nothing:
+// while an URL open waits, an app launch still asks, and the other way round.
+bool gatePasses(HeldCall held = HeldCall::kAction);
 
 // True iff `bundleIdentifier` (an NSString) is in the "protected" list.
 bool isProtectedApp(id bundleIdentifier);
@@ -47,7 +46,7 @@ platform::Retained keptCopy(id obj);
 
 // What the launch guards keep between calls.
 struct LaunchState {
-  platform::Retained approvedUrlTarget;  // the target of the last URL open held back
+  platform::Retained approvedUrlTarget;  // the target of the URL open replayed last, till spent
   platform::Retained skipOwner;          // with skipController: let one transaction through
   platform::Retained skipController;
   bool staleOpenFolder = false;  // the home screen came back with a folder open

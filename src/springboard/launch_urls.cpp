@@ -57,12 +57,20 @@ bool repeatsWaitingUrl(id url) {
   return waiting != nullptr && url != nullptr && send<BOOL>(waiting, Sel("isEqual:"), url) != 0;
 }
 
-// Holds the URL open back: the URL waits, its target is the one approved
-// after success, and the prompt names it.
+// While the URL open the user authenticated is replayed, the app it opens
+// in may come to the front once: the workspace transaction that brings it
+// up spends that pass (the gate lets the replay itself through). Nothing
+// else approves a target, so no pass outlives a cancelled or unreplayed open.
+void approveReplayedOpen(const UrlTargets& targets) {
+  if (core::replaying() == core::Replaying::kUrlOpen) {
+    launchState().approvedUrlTarget.reset(targets.c);
+  }
+}
+
+// Holds the URL open back: the URL waits and the prompt names it.
 void holdBackUrl(id call, id url, const UrlTargets& targets, bool setTitle) {
   platform::retainArguments(call);
   Retained waitingUrl = keptCopy(url);
-  launchState().approvedUrlTarget.reset(targets.c);
   core::setUrlInvocation(call, waitingUrl.get());
   if (setTitle) core::setRestrictedTitle(targets.title());
   core::showAlert();
@@ -75,6 +83,7 @@ bool openURLCore(id self, SEL cmd, id url, id display, BOOL animating, id sender
                  id block) {
   if (repeatsWaitingUrl(url)) return true;
   UrlTargets targets = targetsOf(self, url, display);
+  approveReplayedOpen(targets);
   if (!targets.anyProtected() || !gatePasses(HeldCall::kUrl)) return false;
   Retained u = keptCopy(url), d = keptCopy(display), s = keptCopy(sender), b = keptCopy(block);
   Retained call;
@@ -119,6 +128,7 @@ void applicationOpenURL(id self, SEL cmd, id url, id application, id sender, BOO
                         BOOL animating, BOOL needsPermission, id context, id handler) {
   using Original = platform::Hook<&applicationOpenURL>;
   UrlTargets targets = targetsOf(self, url, application);
+  approveReplayedOpen(targets);
   if (targets.anyProtected() && gatePasses(HeldCall::kUrl)) {
     Retained u = keptCopy(url), a = keptCopy(application), s = keptCopy(sender),
              c = keptCopy(context), h = keptCopy(handler);

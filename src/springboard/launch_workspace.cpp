@@ -64,7 +64,9 @@ id protectedCandidate(id request) {
 }
 
 // The URL open authenticated last lets its target through once, within two
-// seconds of the success; using the pass spends it.
+// seconds of the success; using the pass spends it. The pass is there for
+// the open's own launch, and its transaction spends it even when the replay
+// would pass anyway, so that no later launch of the app finds it unspent.
 bool spendApprovedUrlPass(id identifier) {
   core::CoordinatorState& c = core::state();
   LaunchState& launch = launchState();
@@ -108,22 +110,21 @@ void systemServiceOpenRequest(id self, SEL cmd, id service, id request, id compl
 BOOL setCurrentTransaction(id self, SEL cmd, id request, id fallbackProvider) {
   using Original = platform::Hook<&setCurrentTransaction>;
   LaunchState& launch = launchState();
-  // 1. The transaction a replayed peek causes passes once.
+  // The transaction a replayed peek causes passes once.
   if (launch.skipOwner || launch.skipController) {
     launch.skipOwner.reset();
     launch.skipController.reset();
     return Original::original(self, cmd, request, fallbackProvider);
   }
-  // 2-3. Only a transaction that brings a protected app up, past the gate.
+  // Only a transaction that brings a protected app up is looked at. The
+  // authenticated URL's target passes once (its pass spent before the gate
+  // looks), as does anything past the gate or after a lock-screen match.
   id candidate = labelActivates(request) ? protectedCandidate(request) : nullptr;
-  if (candidate == nullptr || !gatePasses()) {
+  if (candidate == nullptr || spendApprovedUrlPass(candidate) || !gatePasses() ||
+      launch.lockScreenMatch) {
     return Original::original(self, cmd, request, fallbackProvider);
   }
-  // 4-5. The authenticated URL's target once; a lock-screen match.
-  if (spendApprovedUrlPass(candidate) || launch.lockScreenMatch) {
-    return Original::original(self, cmd, request, fallbackProvider);
-  }
-  // 6. Held back as the UI controller's activation; no transaction now.
+  // Held back as the UI controller's activation; no transaction now.
   Retained call = activation(candidate);
   if (holdBack(call.get(), candidate)) return 0;
   return Original::original(self, cmd, request, fallbackProvider);
