@@ -17,7 +17,7 @@ using platform::sendIfResponds;
 bool gatePasses(HeldCall held) {
   const settings::Settings& s = settings::current();
   if (!s.enabled || !core::wayToAuthenticate()) return false;
-  if (core::replaying() != core::Replaying::kNothing) return false;
+  if (core::replaying() != core::Replaying::kNothing || launchState().folderLaunch) return false;
   if (core::isOnTrustedWiFi() || (s.keepSession && core::sessionUnlocked())) return false;
   // A second call of the same kind while one waits runs unguarded.
   const core::CoordinatorState& c = core::state();

@@ -25,7 +25,8 @@ enum class HeldCall {
 //
 // A call already decided is one on the way of the replay of what the user
 // has just authenticated (the replayed call has left the coordinator, so it
-// is not "held"): every guard behind it lets it through. A call held of the other kind guards nothing:
+// is not "held"), or of a launch the open folder let through: every guard
+// behind it lets it through. A call held of the other kind guards nothing:
 // while an URL open waits, an app launch still asks, and the other way round.
 bool gatePasses(HeldCall held = HeldCall::kAction);
 
@@ -50,6 +51,7 @@ struct LaunchState {
   platform::Retained skipOwner;          // with skipController: let one transaction through
   platform::Retained skipController;
   bool staleOpenFolder = false;  // the home screen came back with a folder open
+  bool folderLaunch = false;     // a launch the open folder let through is on its way
   bool lockScreenMatch = false;  // the lock screen saw a match since the last screen change
 };
 LaunchState& launchState();

@@ -1,6 +1,9 @@
 // Launches from the home screen.
 #include "springboard/launch_icons.h"
 
+#include <optional>
+#include <utility>
+
 #include "core/policy.h"
 #include "platform/hook.h"
 #include "platform/invocation.h"
@@ -26,6 +29,20 @@ bool folderPass() {
   if (s.appsInFoldersAreStillProtected || launchState().staleOpenFolder) return false;
   return core::folderNameProtected(openFolder());
 }
+
+// Marks a launch the open folder let through for as long as it runs, so
+// that the guards behind the icon's launch (the UI controller's activation,
+// the app-to-app transaction) let it through too.
+class FolderLaunch {
+ public:
+  FolderLaunch() : outer_(std::exchange(launchState().folderLaunch, true)) {}
+  ~FolderLaunch() { launchState().folderLaunch = outer_; }
+  FolderLaunch(const FolderLaunch&) = delete;
+  FolderLaunch& operator=(const FolderLaunch&) = delete;
+
+ private:
+  bool outer_;
+};
 
 // Once an app from a protected folder is in front, the folder closes.
 void closeProtectedFolderAfterLaunch() {
@@ -58,10 +75,15 @@ bool guards(id identifier) {
 BOOL iconLaunchWithContext(id self, SEL cmd, id icon, Integer location, id context, id settings,
                            id actions) {
   id identifier = sendIfResponds<id>(icon, Sel("applicationBundleID"));
-  if (guards(identifier) && !folderPass()) {
-    // Four of the five arguments, not retained: the actions stay unset.
-    Retained call = platform::invocationOf(self, cmd, icon, location, context, settings);
-    if (holdBack(call.get(), identifier, true)) return 0;
+  std::optional<FolderLaunch> throughFolder;
+  if (guards(identifier)) {
+    if (folderPass()) {
+      throughFolder.emplace();
+    } else {
+      // Four of the five arguments, not retained: the actions stay unset.
+      Retained call = platform::invocationOf(self, cmd, icon, location, context, settings);
+      if (holdBack(call.get(), identifier, true)) return 0;
+    }
   }
   BOOL launched = platform::Hook<&iconLaunchWithContext>::original(self, cmd, icon, location,
                                                                    context, settings, actions);
@@ -71,9 +93,14 @@ BOOL iconLaunchWithContext(id self, SEL cmd, id icon, Integer location, id conte
 
 BOOL iconLaunch(id self, SEL cmd, id icon, Integer location) {
   id identifier = sendIfResponds<id>(icon, Sel("applicationBundleID"));
-  if (guards(identifier) && !folderPass()) {
-    Retained call = platform::invocationOf(self, cmd, icon, location);
-    if (holdBack(call.get(), identifier, true)) return 0;
+  std::optional<FolderLaunch> throughFolder;
+  if (guards(identifier)) {
+    if (folderPass()) {
+      throughFolder.emplace();
+    } else {
+      Retained call = platform::invocationOf(self, cmd, icon, location);
+      if (holdBack(call.get(), identifier, true)) return 0;
+    }
   }
   return platform::Hook<&iconLaunch>::original(self, cmd, icon, location);
 }
