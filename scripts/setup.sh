@@ -16,6 +16,9 @@ packages=(
   libgtest-dev
   libgmock-dev
   libbenchmark-dev
+  libcairo2-dev        # cairo: kavelin-sim draws the simulated screen to PNG
+  libfreetype-dev      # FreeType: the text on those pictures
+  fonts-inter          # the one font the pictures use, pinned so reference pictures stay stable
 )
 
 missing=()

@@ -14,6 +14,9 @@
 
 namespace kv::sim::frameworks {
 
+double alertHeight(const std::string& title, const std::string& message, size_t buttons);
+void layOutAlertChrome(id alert, double height);
+
 using host::ClassBuilder;
 using host::imp;
 using platform::Retained;
@@ -134,14 +137,14 @@ void buildAlertViews(id alert) {
 // Sizes an alert for its message and buttons and centres it on the screen.
 void layOutAlert(id alert, size_t buttons, const std::string& message) {
   AlertViews& a = viewsOf(alert);
-  double lines = 1 + static_cast<double>(std::count(message.begin(), message.end(), '\n'));
-  double height = 44 + 18 * lines + 44 * static_cast<double>(buttons > 2 ? buttons : 1);
+  double height = alertHeight(platform::toString(send<id>(alert, Sel("title"))), message, buttons);
   CGRect screen = send<CGRect>(
       platform::sendClass<id>(platform::classNamed("UIScreen"), Sel("mainScreen")), Sel("bounds"));
   CGRect frame = platform::makeRect((screen.size.width - kAlertWidth) / 2,
                                     (screen.size.height - height) / 2, kAlertWidth, height);
   send<void>(a.top, Sel("setFrame:"), frame);
   send<void>(a.container.get(), Sel("setFrame:"), platform::makeRect(0, 0, kAlertWidth, height));
+  layOutAlertChrome(alert, height);
   if (!a.controller) return;
   if (id content = stateOf<ControllerViewState>(a.top).contentView.get()) {
     send<void>(content, Sel("setFrame:"), platform::makeRect(0, 0, kAlertWidth, height));

@@ -20,6 +20,7 @@ void registerAlertActions();
 void defineAlertContainers();
 void buildAlertViews(id alert);
 void layOutAlert(id alert, size_t buttons, const std::string& message);
+void dimBehindAlert(id window);
 id alertTopView(id alert);
 id alertOwnContainer(id alert);
 void forgetAlertViews(id alert);
@@ -107,6 +108,7 @@ void alertSetMessage(id self, SEL, id message) {
   AlertState& a = alertOf(self);
   a.message = Retained::adopt(send<id>(message, Sel("copy")));
   if (!a.visible) return;
+  layOutAlert(self, a.buttons.size(), platform::toString(message));
   host::logEvent("alert", std::string("message ") + platform::classNameOf(self) + " " +
                               quoteForLog(platform::toString(message)));
 }
@@ -168,6 +170,7 @@ void alertShow(id self, SEL) {
       platform::sendClass<id>(platform::classNamed("UIScreen"), Sel("mainScreen")), Sel("bounds"));
   a.window = Retained::adopt(newView("UIWindow", screen));
   send<void>(a.window.get(), Sel("setWindowLevel:"), kAlertWindowLevel);
+  dimBehindAlert(a.window.get());
   send<void>(a.window.get(), Sel("addSubview:"), alertTopView(self));
   send<void>(a.window.get(), Sel("makeKeyAndVisible"));
   host::logEvent("alert", std::string("shown ") + platform::classNameOf(self) + " " +

@@ -1,6 +1,6 @@
 // Core Animation as views use it: layers with their timing (speed, time
-// offset, pausing) and keyed animations, property animations, and the media
-// clock, which is the device's virtual clock.
+// offset, pausing), corner radius and masking, keyed animations, property
+// animations, and the media clock, which is the device's virtual clock.
 #include <algorithm>
 #include <cmath>
 
@@ -83,6 +83,8 @@ struct LayerState {
   std::vector<std::pair<std::string, Retained>> animations;  // in the order added
   float speed = 1, opacity = 1;
   double timeOffset = 0, beginTime = 0;
+  double cornerRadius = 0;
+  bool masksToBounds = false;
   CATransform3D transform{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1};
   id delegate = nullptr;  // the view the layer backs; not retained
 };
@@ -173,6 +175,20 @@ CATransform3D layerTransform(id self, SEL) {
 void layerSetTransform(id self, SEL, CATransform3D t) {
   stateOf<LayerState>(self).transform = t;
 }
+double layerCornerRadius(id self, SEL) {
+  return stateOf<LayerState>(self).cornerRadius;
+}
+void layerSetCornerRadius(id self, SEL, double radius) {
+  stateOf<LayerState>(self).cornerRadius = radius;
+  layerChanged(self);
+}
+BOOL layerMasksToBounds(id self, SEL) {
+  return stateOf<LayerState>(self).masksToBounds ? 1 : 0;
+}
+void layerSetMasksToBounds(id self, SEL, BOOL on) {
+  stateOf<LayerState>(self).masksToBounds = on != 0;
+  layerChanged(self);
+}
 id layerDelegate(id self, SEL) {
   return stateOf<LayerState>(self).delegate;
 }
@@ -256,6 +272,10 @@ void defineCoreAnimation() {
       .instance("convertTime:fromLayer:", imp(layerConvertTime), "d@:d@")
       .instance("transform", imp(layerTransform), typesOf(layerTransform).c_str())
       .instance("setTransform:", imp(layerSetTransform), typesOf(layerSetTransform).c_str())
+      .instance("cornerRadius", imp(layerCornerRadius), "d@:")
+      .instance("setCornerRadius:", imp(layerSetCornerRadius), "v@:d")
+      .instance("masksToBounds", imp(layerMasksToBounds), "C@:")
+      .instance("setMasksToBounds:", imp(layerSetMasksToBounds), "v@:C")
       .instance("delegate", imp(layerDelegate), "@@:")
       .instance("setDelegate:", imp(layerSetDelegate), "v@:@")
       .build();
