@@ -8,6 +8,7 @@
 
 #include "sim/common/json.h"
 #include "sim/device/device.h"
+#include "sim/device/pictures.h"
 #include "sim/device/profiles.h"
 
 namespace kv::sim {
@@ -158,9 +159,11 @@ class Runner {
   explicit Runner(const RunOptions& options) : options_(options) {}
 
   bool run(const Scenario& scenario) {
+    file_ = scenario.file;
     for (const auto& statement : scenario.statements) {
-      if (!options_.json) std::fprintf(options_.out, "  %s:%d  %s\n", scenario.file.c_str(),
-                                       statement.line, statement.text.c_str());
+      std::string text = "  " + scenario.file + ":" + std::to_string(statement.line) + "  " + statement.text;
+      if (!options_.json) std::fprintf(options_.out, "%s\n", text.c_str());
+      if (options_.album != nullptr) options_.album->addLine(text);
       std::string failure;
       bool ok = execute(statement, &failure);
       if (ok && device_ && !device_->fault().empty()) {
@@ -216,6 +219,13 @@ class Runner {
   }
 
   bool anyRunning() const { return running_; }
+
+  // Whether the screen matches the scenario's reference picture `name`.
+  bool looks(const std::string& name, int line, std::string* seen) {
+    std::string label = render::Album::fileName(file_, line, name);
+    label.resize(label.size() - 4);  // without ".png"
+    return looksLike(device(), referencePath(file_, name), label, options_.rewriteLooks, seen);
+  }
 
   // Applies a statement that describes the device, outside a scenario run.
   bool describeWith(const Statement& s, std::string* failure) { return execute(s, failure); }
@@ -294,6 +304,10 @@ class Runner {
       case K::kMark:
         device().log().mark();
         return true;
+      case K::kSnapshot:
+        if (options_.album == nullptr) return true;  // no pictures asked for: it costs nothing
+        return takeSnapshot(device(), *options_.album, options_.pictureScale, file_, s.line, s.name,
+                            failure);
       case K::kExpect: {
         const PredicateSpec* p = predicateSpec(s.predicate);
         std::string seen;
@@ -313,7 +327,9 @@ class Runner {
     if (!device_ || options_.json) return;
     const auto& events = device_->log().events();
     for (; printed_ < events.size(); ++printed_) {
-      std::fprintf(options_.out, "%s\n", EventLog::line(events[printed_]).c_str());
+      std::string line = EventLog::line(events[printed_]);
+      std::fprintf(options_.out, "%s\n", line.c_str());
+      if (options_.album != nullptr) options_.album->addLine(line);
     }
   }
 
@@ -322,6 +338,7 @@ class Runner {
   }
 
   RunOptions options_;
+  std::string file_;  // the scenario being run
   DeviceSpec spec_;
   std::vector<std::string> missing_;
   std::vector<std::string> extensions_;
@@ -435,6 +452,10 @@ bool switcherHolds(Runner& r, const Statement& s, std::string* seen) {
   return s.predicateArgs.empty() || wanted == items;
 }
 
+bool looksHolds(Runner& r, const Statement& s, std::string* seen) {
+  return r.looks(s.predicateArgs[0], s.line, seen);
+}
+
 bool lockedHolds(Runner& r, const Statement&, std::string* seen) {
   auto locked = askSpringBoard(r, "locked", seen);
   if (!locked) return false;
@@ -484,6 +505,10 @@ const std::vector<PredicateSpec>& predicates() {
       {"locked", 0, 0, "locked", "the device is locked", lockedHolds},
       {"folder-open", 1, 1, "folder-open NAME", "that folder is open on the home screen",
        folderOpenHolds},
+      {"looks", 1, 1, "looks NAME",
+       "the screen now matches the reference picture NAME.png beside the scenario file, within a "
+       "few pixels (kavelin-sim run --rewrite-looks writes it instead)",
+       looksHolds},
       {"switcher", 0, -1, "switcher [BUNDLE-ID...]",
        "the app switcher shows (with exactly these items, most recent first)", switcherHolds},
   };

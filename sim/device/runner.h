@@ -7,6 +7,7 @@
 #include <string>
 
 #include "sim/device/scenario.h"
+#include "sim/render/album.h"
 
 namespace kv::sim {
 
@@ -17,6 +18,9 @@ struct RunOptions {
   bool json = false;        // print the event log as JSON instead of a timeline
   int hostTimeoutMs = 20000;  // wall time a host may take for one command
   std::FILE* out = stdout;
+  render::Album* album = nullptr;  // where `snapshot` pictures go; none: they are not taken
+  double pictureScale = 0;         // pixels a point of those pictures; 0: the device's own
+  bool rewriteLooks = false;       // `expect looks` writes its reference instead of comparing
 };
 
 // Checks what the parser leaves open: action and predicate words and their

@@ -349,6 +349,13 @@ std::string parseMark(const Verb& verb, const Line& line, Statement&, Context&) 
   return arity(verb, line, 0, 0);
 }
 
+std::string parseSnapshot(const Verb& verb, const Line& line, Statement& st, Context&) {
+  if (std::string error = arity(verb, line, 1, 1); !error.empty()) return error;
+  st.name = line.word(1);
+  if (st.name.empty()) return usageError(verb, "the picture needs a name");
+  return {};
+}
+
 std::string parseExpect(const Verb& verb, const Line& line, Statement& st, Context&) {
   size_t at = 1;
   st.negated = line.size() > 1 && line.word(1) == "not";
@@ -381,6 +388,7 @@ constexpr Verb kVerbs[] = {
     {"missing", Kind::kMissing, "missing FUNCTION...", parseDeviceWords},
     {"bundle", Kind::kBundle, "bundle none|library|bootstrap|both", parseDeviceWords},
     {"extension", Kind::kExtension, "extension NAME...", parseDeviceWords},
+    {"snapshot", Kind::kSnapshot, "snapshot NAME", parseSnapshot},
 };
 
 // Parses `PROCESS: ACTION [ARGS]`, whose first word ends with a colon.

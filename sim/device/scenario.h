@@ -41,6 +41,7 @@ struct Statement {
     kMark,
     kExpect,
     kMissing, kBundle, kExtension,
+    kSnapshot,
   };
   Kind kind = Kind::kMark;
   int line = 0;      // 1-based
@@ -51,7 +52,7 @@ struct Statement {
   std::string key;        // kPrefs, kPrefsDelete: the preference key; kFile: the path
   platform::Value value;  // kPrefs, kFile
 
-  std::string name;               // kNotify: the notification; kWifi: the BSSID
+  std::string name;               // kNotify: the notification; kWifi: the BSSID; kSnapshot: its name
   std::optional<uint64_t> state;  // kNotify
   std::string ssid;               // kWifi, empty when not given
 

@@ -4,10 +4,12 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <map>
 
 #include "platform/value.h"
 #include "sim/common/device_paths.h"
 #include "sim/common/plist.h"
+#include "sim/render/art.h"
 
 namespace kv::sim {
 
@@ -45,14 +47,6 @@ constexpr Text kDevices[] = {
 constexpr const char* kImages[] = {"thumb-black",  "thumb-white", "thumb-red", "circle-white",
                                    "circle-black", "circle-gold", "Icon"};
 
-// A 1x1 transparent PNG: enough for UIImage to load.
-constexpr uint8_t kPng[] = {
-    0x89, 0x50, 0x4e, 0x47, 0x0d, 0x0a, 0x1a, 0x0a, 0x00, 0x00, 0x00, 0x0d, 0x49, 0x48, 0x44,
-    0x52, 0x00, 0x00, 0x00, 0x01, 0x00, 0x00, 0x00, 0x01, 0x08, 0x06, 0x00, 0x00, 0x00, 0x1f,
-    0x15, 0xc4, 0x89, 0x00, 0x00, 0x00, 0x0d, 0x49, 0x44, 0x41, 0x54, 0x78, 0x9c, 0x63, 0x00,
-    0x01, 0x00, 0x00, 0x05, 0x00, 0x01, 0x0d, 0x0a, 0x2d, 0xb4, 0x00, 0x00, 0x00, 0x00, 0x49,
-    0x45, 0x4e, 0x44, 0xae, 0x42, 0x60, 0x82};
-
 // A short silent AIFF: the sound played for a held-back notification.
 std::string silentAiff() {
   auto be32 = [](uint32_t v) {
@@ -64,6 +58,15 @@ std::string silentAiff() {
   std::string ssnd = "SSND" + be32(8) + be32(0) + be32(0);
   std::string body = "AIFF" + comm + ssnd;
   return "FORM" + be32(static_cast<uint32_t>(body.size())) + body;
+}
+
+// The bundle's images, drawn once per process and kept: every device of a
+// run gets the same files.
+const std::string& imagePng(const char* name, double scale) {
+  static auto* drawn = new std::map<std::pair<std::string, double>, std::string>();
+  auto [it, fresh] = drawn->try_emplace({name, scale});
+  if (fresh) it->second = render::bundleImagePng(name, scale);
+  return it->second;
 }
 
 bool writeBytes(const std::filesystem::path& path, const std::string& bytes) {
@@ -87,10 +90,9 @@ bool writeBundle(const std::filesystem::path& dir) {
   Value::Dictionary devices;
   for (const auto& d : kDevices) devices[d.key] = Value::string(d.text);
   ok &= writePlistFile((dir / "devices.plist").string(), Value::dictionary(devices), PlistFormat::kXml);
-  std::string png(reinterpret_cast<const char*>(kPng), sizeof kPng);
   for (const char* image : kImages) {
-    ok &= writeBytes(dir / (std::string(image) + ".png"), png);
-    ok &= writeBytes(dir / (std::string(image) + "@2x.png"), png);
+    ok &= writeBytes(dir / (std::string(image) + ".png"), imagePng(image, 1));
+    ok &= writeBytes(dir / (std::string(image) + "@2x.png"), imagePng(image, 2));
   }
   ok &= writeBytes(dir / "incoming.aiff", silentAiff());
   return ok;

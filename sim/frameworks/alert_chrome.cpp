@@ -35,7 +35,7 @@ constexpr double kDimming = 0.4;  // black over the screen behind an alert
 constexpr Integer kExtraLightBlur = 0;
 constexpr Integer kCentred = 1;
 // The system font's mean advance in ems, to tell where a message wraps.
-constexpr double kMeanAdvance = 0.54;
+constexpr double kMeanAdvance = 0.5;
 
 struct Chrome {
   Retained body, title, message;

@@ -219,6 +219,9 @@ id firstResponder() {
 bool keyboardVisible() {
   return gKeyboardUp;
 }
+CGRect keyboardFrameOnScreen() {
+  return keyboardFrame();
+}
 
 id arrayOf(const std::vector<id>& items) {
   id array = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));

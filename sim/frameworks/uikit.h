@@ -84,6 +84,8 @@ std::string colorHexOf(id color);
 id firstResponder();
 // True while the keyboard is up (a text-input responder is first responder).
 bool keyboardVisible();
+// Where the keyboard stands on the screen while it is up.
+CGRect keyboardFrameOnScreen();
 
 // ---- Alerts ----
 

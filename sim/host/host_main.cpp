@@ -10,6 +10,7 @@
 
 #include "platform/foundation.h"
 #include "sim/frameworks/frameworks.h"
+#include "sim/render/capture.h"
 #include "sim/host/actions.h"
 #include "sim/host/blocks.h"
 #include "sim/host/fs_redirect.h"
@@ -74,6 +75,7 @@ int main(int argc, char** argv) {
   host::registerCoreCommands();
   host::registerImageActions();
   host::registerHoldActions();
+  kv::sim::render::registerSceneQuery();  // what it shows, for pictures of the screen
   // What the library installed in this process, as it reports it.
   host::registerQuery("hooks", [](const std::vector<std::string>&) {
     using Report = const char* (*)();

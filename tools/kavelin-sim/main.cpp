@@ -1,10 +1,13 @@
 // kavelin-sim: runs Kavelin on a simulated device.
-//   kavelin-sim                      the tour
-//   kavelin-sim run [--json] FILE... scenarios (exit 0 all held, 1 a failure, 2 unparsable)
+//   kavelin-sim [--pictures DIR]     the tour, with its pictures
+//   kavelin-sim run [--json] [--pictures DIR] FILE...
+//                                    scenarios (exit 0 all held, 1 a failure, 2 unparsable)
 //   kavelin-sim help                 statements, actions, predicates, profiles
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -37,14 +40,83 @@ bool load(const std::string& text, const std::string& file, kv::sim::Scenario* o
   return true;
 }
 
+// Where a run's pictures go, when it takes them.
+struct PictureOptions {
+  std::string directory;  // "" for none
+  double scale = 0;
+  bool rewriteLooks = false;
+};
+
+// Reads a picture option at args[*i]; true when it was one (even a bad
+// one: then *error says why).
+bool pictureOption(const std::vector<std::string>& args, size_t* i, PictureOptions* p,
+                   std::string* error) {
+  const std::string& arg = args[*i];
+  bool hasValue = *i + 1 < args.size();
+  if (arg == "--pictures") {
+    if (!hasValue) *error = "--pictures needs a directory";
+    else p->directory = args[++*i];
+    return true;
+  }
+  if (arg == "--picture-scale") {
+    double scale = hasValue ? std::atof(args[++*i].c_str()) : 0;
+    if (scale <= 0 || scale > 4) *error = "--picture-scale needs a number of pixels a point, up to 4";
+    p->scale = scale;
+    return true;
+  }
+  if (arg == "--rewrite-looks") {
+    p->rewriteLooks = true;
+    return true;
+  }
+  return false;
+}
+
+// Runs scenarios, taking their pictures into an album when asked.
+int runAll(const std::vector<kv::sim::Scenario>& scenarios, kv::sim::RunOptions options,
+           const PictureOptions& pictures) {
+  std::unique_ptr<kv::sim::render::Album> album;
+  if (!pictures.directory.empty()) {
+    std::error_code ec;
+    std::filesystem::create_directories(pictures.directory, ec);
+    if (ec) {
+      std::fprintf(stderr, "kavelin-sim: cannot make %s: %s\n", pictures.directory.c_str(),
+                   ec.message().c_str());
+      return 2;
+    }
+    album = std::make_unique<kv::sim::render::Album>(pictures.directory);
+  }
+  options.album = album.get();
+  options.pictureScale = pictures.scale;
+  options.rewriteLooks = pictures.rewriteLooks;
+  bool allHeld = true;
+  for (const auto& scenario : scenarios) allHeld = kv::sim::runScenario(scenario, options) && allHeld;
+  if (album) {
+    std::string error;
+    if (!album->writeIndex(&error)) {
+      std::fprintf(stderr, "kavelin-sim: %s\n", error.c_str());
+      return 1;
+    }
+    std::fprintf(options.out, "pictures: %zu in %s/index.html\n", album->pictureCount(),
+                 pictures.directory.c_str());
+  }
+  return allHeld ? 0 : 1;
+}
+
 int run(const std::vector<std::string>& args) {
   kv::sim::RunOptions options = defaultOptions();
+  PictureOptions pictures;
   std::vector<kv::sim::Scenario> scenarios;
   for (size_t i = 0; i < args.size(); ++i) {
     const std::string& arg = args[i];
     if (arg == "--json") {
       options.json = true;
       continue;
+    }
+    std::string error;
+    if (pictureOption(args, &i, &pictures, &error)) {
+      if (error.empty()) continue;
+      std::fprintf(stderr, "kavelin-sim run: %s\n", error.c_str());
+      return 2;
     }
     if (arg == "--host-timeout") {
       double seconds = i + 1 < args.size() ? std::atof(args[i + 1].c_str()) : 0;
@@ -71,9 +143,24 @@ int run(const std::vector<std::string>& args) {
     std::fprintf(stderr, "kavelin-sim run: no scenario files\n");
     return 2;
   }
-  bool allHeld = true;
-  for (const auto& scenario : scenarios) allHeld = kv::sim::runScenario(scenario, options) && allHeld;
-  return allHeld ? 0 : 1;
+  return runAll(scenarios, options, pictures);
+}
+
+// The tour, its pictures in the build tree unless --pictures says elsewhere.
+int tour(const std::vector<std::string>& args) {
+  PictureOptions pictures{KAVELIN_TOUR_PICTURES};
+  for (size_t i = 0; i < args.size(); ++i) {
+    std::string error;
+    if (!pictureOption(args, &i, &pictures, &error) || !error.empty()) {
+      std::fprintf(stderr, "kavelin-sim: %s\n",
+                   error.empty() ? ("unexpected '" + args[i] + "' (see kavelin-sim help)").c_str()
+                                 : error.c_str());
+      return 2;
+    }
+  }
+  kv::sim::Scenario scenario;
+  if (!load(kv::tools::tourScenario(), "tour", &scenario)) return 2;
+  return runAll({scenario}, defaultOptions(), pictures);
 }
 
 // hooks PROCESS [--device "DEVICE-LINE"] [--extension NAME]...
@@ -106,15 +193,11 @@ int hooks(const std::vector<std::string>& args) {
 
 int main(int argc, char** argv) {
   std::vector<std::string> args(argv + 1, argv + argc);
-  if (args.empty()) {
-    kv::sim::Scenario tour;
-    if (!load(kv::tools::tourScenario(), "tour", &tour)) return 2;
-    return kv::sim::runScenario(tour, defaultOptions()) ? 0 : 1;
-  }
-  if (args[0] == "help" || args[0] == "--help" || args[0] == "-h") {
+  if (!args.empty() && (args[0] == "help" || args[0] == "--help" || args[0] == "-h")) {
     std::fputs(kv::sim::helpText().c_str(), stdout);
     return 0;
   }
+  if (args.empty() || args[0].rfind("--", 0) == 0) return tour(args);
   if (args[0] == "run") return run({args.begin() + 1, args.end()});
   if (args[0] == "hooks") return hooks({args.begin() + 1, args.end()});
   std::fprintf(stderr, "kavelin-sim: unknown command '%s' (see kavelin-sim help)\n", args[0].c_str());

@@ -18,24 +18,29 @@ SpringBoard: home
 
 # Messages is protected: the tap is held back and the prompt comes up,
 # naming the app, taking the fingerprint sensor from the lock screen.
+# Each snapshot is a picture of the screen (scripts/tour.sh shows where).
 SpringBoard: tap com.apple.MobileSMS
 expect prompt title "Messages"
 expect not front com.apple.MobileSMS
+snapshot prompt
 
 # A wrong finger is reported on the prompt; the app stays closed.
 finger nomatch
 expect prompt message "Not recognised"
+snapshot not-recognised
 
 # The passcode button shows the field; a wrong passcode is refused too.
 SpringBoard: prompt button 1
 expect prompt passcode-field
 SpringBoard: prompt passcode 1111
 expect prompt
+snapshot wrong-passcode
 
 # The right finger replays the held-back tap: Messages comes to the front.
 finger match
 expect launched com.apple.MobileSMS
 expect not prompt
+snapshot messages
 
 # Without keepSession every launch asks again; cancelling drops it and
 # tells other processes.
