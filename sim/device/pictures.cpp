@@ -35,7 +35,8 @@ std::optional<render::Canvas> pictureOfScreen(Device& device, double scale, std:
   auto springBoard = sceneOf(device, "SpringBoard", error);
   if (!springBoard) return std::nullopt;
   screen.springBoard = std::move(*springBoard);
-  const std::string& front = screen.springBoard[render::key::kSurface][render::key::kFront].asString();
+  const std::string& front =
+      screen.springBoard[render::key::kSurface][render::key::kFront].asString();
   for (const char* process : kAppHosts) {
     auto scene = sceneOf(device, process, error);
     if (!scene) return std::nullopt;

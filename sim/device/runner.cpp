@@ -95,6 +95,10 @@ const ActionSpec kActions[] = {
      "type digits into the Kavelin prompt's passcode field, or tap its button N "
      "(0 Cancel, 1 Enter passcode)"},
     {"*", "alert", 2, 2, "alert button N", "tap button N of the topmost alert of any kind"},
+    {"*", "nudge", 2, 4, "nudge CLASS move DX DY | nudge CLASS color RRGGBB | nudge CLASS hide",
+     "a developer's change to the frontmost shown view of CLASS, through its own setters: moved, "
+     "recoloured (text, glyph or background) or hidden; shows that 'expect looks' sees a look "
+     "changed on purpose"},
     {"Preferences", "open-pane", 1, 1, "open-pane ID",
      "tap the settings row whose specifier id is ID"},
     {"Camera", "image-well", 1, 1, "image-well tap", "tap the camera's last-photo thumbnail"},
@@ -222,7 +226,7 @@ class Runner {
 
   // Whether the screen matches the scenario's reference picture `name`.
   bool looks(const std::string& name, int line, std::string* seen) {
-    std::string label = render::Album::fileName(file_, line, name);
+    std::string label = render::Album::fileName(file_, line, "looks");
     label.resize(label.size() - 4);  // without ".png"
     return looksLike(device(), referencePath(file_, name), label, options_.rewriteLooks, seen);
   }
@@ -606,11 +610,19 @@ std::string helpText() {
   std::string out =
       "kavelin-sim: Kavelin on a simulated device\n\n"
       "usage:\n"
-      "  kavelin-sim                      a short tour of a simulated iPhone\n"
-      "  kavelin-sim run [--json] [--host-timeout SECONDS] FILE...\n"
+      "  kavelin-sim [--pictures DIR]     a short tour of a simulated iPhone; its pictures go\n"
+      "                                   to build/tour-pictures (index.html) or to DIR\n"
+      "  kavelin-sim run [--json] [--host-timeout SECONDS] [--pictures DIR] FILE...\n"
       "                                   run scenario files (exit 0 all held, 1 a failure,\n"
       "                                   2 a file that could not be parsed); a host that takes\n"
       "                                   longer than the time-out (20 s) for one step fails\n"
+      "      --pictures DIR               take a picture of the screen at each snapshot line:\n"
+      "                                   DIR/SCENARIO-LINE-NAME.png, and DIR/index.html showing\n"
+      "                                   them in order beside the timeline\n"
+      "      --picture-scale N            pixels a point of those pictures (default: the\n"
+      "                                   device's own, 2 or 3)\n"
+      "      --rewrite-looks              'expect looks NAME' writes NAME.png from the screen\n"
+      "                                   instead of comparing (scripts/update-looks.sh)\n"
       "  kavelin-sim hooks PROCESS [--device \"DEVICE-LINE\"] [--extension NAME]...\n"
       "                                   start PROCESS on that device and print what the\n"
       "                                   library installs there: one line per row,\n"
@@ -633,6 +645,8 @@ std::string helpText() {
       "  extension NAME...       install another extension's library (its .dylib file)\n"
       "  advance SECONDS         virtual time passes (fractions allowed)\n"
       "  mark                    start a new window for posted, launched, log and sent\n"
+      "  snapshot NAME           a picture of the screen now, when the run takes pictures\n"
+      "                          (--pictures); otherwise nothing\n"
       "  expect [not] PREDICATE\n\n"
       "actions:\n";
   for (const auto& a : kActions) {

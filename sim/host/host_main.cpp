@@ -10,7 +10,7 @@
 
 #include "platform/foundation.h"
 #include "sim/frameworks/frameworks.h"
-#include "sim/render/capture.h"
+#include "sim/render/host/capture.h"
 #include "sim/host/actions.h"
 #include "sim/host/blocks.h"
 #include "sim/host/fs_redirect.h"

@@ -29,7 +29,8 @@ bool isSafe(char c) {
 
 std::string safe(const std::string& text) {
   std::string out = text;
-  std::replace_if(out.begin(), out.end(), [](char c) { return !isSafe(c); }, '_');
+  std::replace_if(
+      out.begin(), out.end(), [](char c) { return !isSafe(c); }, '_');
   return out;
 }
 
@@ -51,7 +52,8 @@ h2 { font-size: 15px; margin: 0 0 .5em 0; }
 
 std::string Album::fileName(const std::string& scenarioFile, int line, const std::string& name) {
   std::string stem = scenarioFile.substr(scenarioFile.rfind('/') + 1);
-  if (stem.size() > 4 && stem.compare(stem.size() - 4, 4, ".scn") == 0) stem.resize(stem.size() - 4);
+  if (stem.size() > 4 && stem.compare(stem.size() - 4, 4, ".scn") == 0)
+    stem.resize(stem.size() - 4);
   return safe(stem) + "-" + std::to_string(line) + "-" + safe(name) + ".png";
 }
 

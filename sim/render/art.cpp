@@ -33,9 +33,8 @@ struct Ridge {
   double radius, from, to;  // degrees, clockwise from the right
 };
 constexpr Ridge kRidges[] = {
-    {0.07, 200, 500},  {0.145, 160, 300}, {0.145, 320, 410}, {0.22, 150, 250},
-    {0.22, 270, 420},  {0.295, 165, 290}, {0.295, 305, 375}, {0.37, 185, 355},
-    {0.445, 205, 335},
+    {0.07, 200, 500},  {0.145, 160, 300}, {0.145, 320, 410}, {0.22, 150, 250},  {0.22, 270, 420},
+    {0.295, 165, 290}, {0.295, 305, 375}, {0.37, 185, 355},  {0.445, 205, 335},
 };
 
 struct StateLook {
@@ -185,8 +184,8 @@ constexpr Rgba kGold{0.83, 0.69, 0.22, 1}, kRed{1, 0.23, 0.19, 1};
 constexpr Rgba kProductBlue{0.19, 0.35, 0.58, 1};
 
 constexpr BundleImage kBundleImages[] = {
-    {"circle-white", 63, drawRing, kWhite},      {"circle-black", 63, drawRing, kBlack},
-    {"circle-gold", 63, drawRing, kGold},        {"thumb-white", 43, drawFingerprint, kWhite},
+    {"circle-white", 63, drawRing, kWhite},       {"circle-black", 63, drawRing, kBlack},
+    {"circle-gold", 63, drawRing, kGold},         {"thumb-white", 43, drawFingerprint, kWhite},
     {"thumb-black", 43, drawFingerprint, kBlack}, {"thumb-red", 43, drawFingerprint, kRed},
     {"Icon", 40, drawIcon, kProductBlue},
 };

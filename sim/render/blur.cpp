@@ -38,7 +38,8 @@ void boxPass(std::vector<uint32_t>& pixels, int count, int length, int step, int
     for (int i = 0; i < length; ++i) line[static_cast<size_t>(i)] = base[i * step];
     for (int shift = 0; shift < 32; shift += 8) {
       auto at = [&](int i) {
-        return static_cast<int>((line[static_cast<size_t>(std::clamp(i, 0, length - 1))] >> shift) & 0xff);
+        return static_cast<int>((line[static_cast<size_t>(std::clamp(i, 0, length - 1))] >> shift) &
+                                0xff);
       };
       int sum = 0;
       for (int i = -r; i <= r; ++i) sum += at(i);

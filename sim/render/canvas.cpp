@@ -8,9 +8,9 @@ namespace kv::sim::render {
 
 Canvas::Canvas(double width, double height, double scale)
     : width_(width), height_(height), scale_(scale) {
-  surface_ = cairo_image_surface_create(CAIRO_FORMAT_ARGB32,
-                                        static_cast<int>(std::lround(width * scale)),
-                                        static_cast<int>(std::lround(height * scale)));
+  surface_ =
+      cairo_image_surface_create(CAIRO_FORMAT_ARGB32, static_cast<int>(std::lround(width * scale)),
+                                 static_cast<int>(std::lround(height * scale)));
   cr_ = cairo_create(surface_);
   cairo_scale(cr_, scale, scale);
 }

@@ -40,7 +40,7 @@ TextStyle inkStyle(double size, Weight weight) {
 
 void numberPad(cairo_t* cr, double x, double y, double w, double h) {
   static const char* const kDigits[] = {"1", "2", "3", "4", "5", "6", "7", "8", "9", "", "0", ""};
-  static const char* const kLetters[] = {"",    "ABC", "DEF",  "GHI", "JKL", "MNO",
+  static const char* const kLetters[] = {"",     "ABC", "DEF",  "GHI", "JKL", "MNO",
                                          "PQRS", "TUV", "WXYZ", "",    "",    ""};
   constexpr double kGap = 6;
   double kw = (w - 4 * kGap) / 3, kh = (h - 5 * kGap) / 4;

@@ -65,6 +65,7 @@ void paintImage(Canvas& canvas, const std::string& devicePath, double w, double 
   cairo_scale(cr, w / iw, h / ih);  // UIKit's default: scaled to fill
   cairo_set_source_surface(cr, image, 0, 0);
   cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_GOOD);
+  cairo_pattern_set_extend(cairo_get_source(cr), CAIRO_EXTEND_PAD);  // edges stay sharp
   cairo_paint(cr);
   cairo_restore(cr);
 }
@@ -92,8 +93,8 @@ void paintOwn(Canvas& canvas, const Value& node, double w, double h, const PathM
               rgbaOf(glyph[key::kSecondary]), 0, 0, w, h);
   }
   if (const Value& field = node[key::kPasscode]; !field.isNone()) {
-    drawPasscodeField(cr, field[key::kFields].asInteger(), field[key::kFilled].asInteger(), 0, 0,
-                      w, h);
+    drawPasscodeField(cr, field[key::kFields].asInteger(), field[key::kFilled].asInteger(), 0, 0, w,
+                      h);
   }
 }
 
@@ -113,8 +114,8 @@ void paintNode(Canvas& canvas, const Value& node, const PathMap& paths) {
   cairo_translate(cr, x + w / 2, y + h / 2);
   if (const auto& t = node[key::kTransform].asArray(); t.size() == 6) {
     cairo_matrix_t m;
-    cairo_matrix_init(&m, t[0].asReal(), t[1].asReal(), t[2].asReal(), t[3].asReal(),
-                      t[4].asReal(), t[5].asReal());
+    cairo_matrix_init(&m, t[0].asReal(), t[1].asReal(), t[2].asReal(), t[3].asReal(), t[4].asReal(),
+                      t[5].asReal());
     cairo_transform(cr, &m);
   }
   cairo_translate(cr, -w / 2, -h / 2);

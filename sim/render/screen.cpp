@@ -18,8 +18,8 @@ void paintWindows(Canvas& canvas, const Value& scene, const PathMap& paths) {
 }  // namespace
 
 Canvas paintScreen(const Screen& screen, double scale, const PathMap& paths) {
-  const Value& measured =
-      !screen.springBoard.isNone() ? screen.springBoard[key::kScreen] : screen.frontApp[key::kScreen];
+  const Value& measured = !screen.springBoard.isNone() ? screen.springBoard[key::kScreen]
+                                                       : screen.frontApp[key::kScreen];
   double width = measured[key::kWidth].asReal(kPhoneWidth);
   double height = measured[key::kHeight].asReal(kPhoneHeight);
   if (scale <= 0) scale = measured[key::kScale].asReal(2);

@@ -222,9 +222,9 @@ Clock clockAt(double secondsSince1970) {
   gmtime_r(&t, &tm);
   static const char* const kDays[] = {"Sunday",   "Monday", "Tuesday", "Wednesday",
                                       "Thursday", "Friday", "Saturday"};
-  static const char* const kMonths[] = {"January", "February", "March",     "April",
-                                        "May",     "June",     "July",      "August",
-                                        "September", "October", "November", "December"};
+  static const char* const kMonths[] = {"January",   "February", "March",    "April",
+                                        "May",       "June",     "July",     "August",
+                                        "September", "October",  "November", "December"};
   char time[8];
   std::snprintf(time, sizeof time, "%d:%02d", tm.tm_hour, tm.tm_min);
   return Clock{time, std::string(kDays[tm.tm_wday]) + ", " + std::to_string(tm.tm_mday) + " " +

@@ -91,7 +91,8 @@ void breakParagraph(cairo_t* cr, const std::string& paragraph, double width,
   size_t at = 0;
   while (at <= paragraph.size()) {
     size_t space = paragraph.find(' ', at);
-    std::string word = paragraph.substr(at, space == std::string::npos ? std::string::npos : space - at);
+    std::string word =
+        paragraph.substr(at, space == std::string::npos ? std::string::npos : space - at);
     std::string candidate = line.empty() ? word : line + " " + word;
     if (widthOf(cr, candidate) <= width || (line.empty() && word.empty())) {
       line = candidate;
@@ -136,7 +137,8 @@ std::vector<std::string> breakLines(cairo_t* cr, const std::string& text, const 
   size_t start = 0;
   for (;;) {
     size_t end = text.find('\n', start);
-    breakParagraph(cr, text.substr(start, end == std::string::npos ? std::string::npos : end - start),
+    breakParagraph(cr,
+                   text.substr(start, end == std::string::npos ? std::string::npos : end - start),
                    width, lines);
     if (end == std::string::npos) break;
     start = end + 1;

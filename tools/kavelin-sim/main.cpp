@@ -54,13 +54,16 @@ bool pictureOption(const std::vector<std::string>& args, size_t* i, PictureOptio
   const std::string& arg = args[*i];
   bool hasValue = *i + 1 < args.size();
   if (arg == "--pictures") {
-    if (!hasValue) *error = "--pictures needs a directory";
-    else p->directory = args[++*i];
+    if (!hasValue)
+      *error = "--pictures needs a directory";
+    else
+      p->directory = args[++*i];
     return true;
   }
   if (arg == "--picture-scale") {
     double scale = hasValue ? std::atof(args[++*i].c_str()) : 0;
-    if (scale <= 0 || scale > 4) *error = "--picture-scale needs a number of pixels a point, up to 4";
+    if (scale <= 0 || scale > 4)
+      *error = "--picture-scale needs a number of pixels a point, up to 4";
     p->scale = scale;
     return true;
   }
@@ -89,7 +92,8 @@ int runAll(const std::vector<kv::sim::Scenario>& scenarios, kv::sim::RunOptions 
   options.pictureScale = pictures.scale;
   options.rewriteLooks = pictures.rewriteLooks;
   bool allHeld = true;
-  for (const auto& scenario : scenarios) allHeld = kv::sim::runScenario(scenario, options) && allHeld;
+  for (const auto& scenario : scenarios)
+    allHeld = kv::sim::runScenario(scenario, options) && allHeld;
   if (album) {
     std::string error;
     if (!album->writeIndex(&error)) {
@@ -182,8 +186,9 @@ int hooks(const std::vector<std::string>& args) {
     }
   }
   if (process.empty()) {
-    std::fprintf(stderr, "kavelin-sim hooks: which process? (SpringBoard, Preferences, Camera, "
-                         "InCallService)\n");
+    std::fprintf(stderr,
+                 "kavelin-sim hooks: which process? (SpringBoard, Preferences, Camera, "
+                 "InCallService)\n");
     return 2;
   }
   return kv::sim::printInstallReport(process, deviceLine, extensions, defaultOptions());
@@ -200,6 +205,7 @@ int main(int argc, char** argv) {
   if (args.empty() || args[0].rfind("--", 0) == 0) return tour(args);
   if (args[0] == "run") return run({args.begin() + 1, args.end()});
   if (args[0] == "hooks") return hooks({args.begin() + 1, args.end()});
-  std::fprintf(stderr, "kavelin-sim: unknown command '%s' (see kavelin-sim help)\n", args[0].c_str());
+  std::fprintf(stderr, "kavelin-sim: unknown command '%s' (see kavelin-sim help)\n",
+               args[0].c_str());
   return 2;
 }

@@ -5,7 +5,7 @@
 #include "platform/runtime.h"
 #include "sim/frameworks/springboard.h"
 #include "sim/frameworks/system.h"
-#include "sim/render/capture.h"
+#include "sim/render/host/capture.h"
 #include "sim/render/scene.h"
 
 namespace kv::sim::render {

@@ -7,7 +7,7 @@
 #include "platform/foundation.h"
 #include "platform/runtime.h"
 #include "sim/frameworks/uikit.h"
-#include "sim/render/capture.h"
+#include "sim/render/host/capture.h"
 #include "sim/render/scene.h"
 
 namespace kv::sim::render {
@@ -77,7 +77,8 @@ void describeEffectView(id view, Value::Dictionary& node) {
 
 // _UIBackdropView's styles are the system's private numbers, kept as they come.
 void describeBackdrop(id view, Value::Dictionary& node) {
-  node[key::kBlur] = Value::dictionary({{key::kStyle, Value::integer(send<Integer>(view, kStyle))}});
+  node[key::kBlur] =
+      Value::dictionary({{key::kStyle, Value::integer(send<Integer>(view, kStyle))}});
 }
 
 // The glyph draws itself: its fingerprint drawing view is part of it.
@@ -94,7 +95,8 @@ constexpr ViewKind kKinds[] = {
 
 const ViewKind* viewKindOf(id view) {
   for (const auto& kind : kKinds) {
-    if (platform::classNamed(kind.className) != nullptr && platform::isKindOf(view, kind.className)) {
+    if (platform::classNamed(kind.className) != nullptr &&
+        platform::isKindOf(view, kind.className)) {
       return &kind;
     }
   }

@@ -1,5 +1,5 @@
 // Captures the shown windows of a host, view by view, for a picture.
-#include "sim/render/capture.h"
+#include "sim/render/host/capture.h"
 
 #include <algorithm>
 
@@ -76,7 +76,8 @@ Value colorValue(id color) {
 Value captureView(id view) {
   if (view == nullptr || send<BOOL>(view, kIsHidden)) return {};
   id layer = send<id>(view, kLayer);
-  double alpha = send<double>(view, kAlpha) * (answers(layer, kOpacity) ? send<float>(layer, kOpacity) : 1.0f);
+  double alpha =
+      send<double>(view, kAlpha) * (answers(layer, kOpacity) ? send<float>(layer, kOpacity) : 1.0f);
   if (alpha <= 0) return {};
   Value::Dictionary node;
   node[key::kClass] = Value::string(platform::classNameOf(view));
@@ -93,7 +94,8 @@ Value captureView(id view) {
   }
   double corner = answers(layer, kCornerRadius) ? send<double>(layer, kCornerRadius) : 0;
   if (corner > 0) node[key::kCorner] = number(corner);
-  if (send<BOOL>(view, kClipsToBounds) || (answers(layer, kMasksToBounds) && send<BOOL>(layer, kMasksToBounds))) {
+  if (send<BOOL>(view, kClipsToBounds) ||
+      (answers(layer, kMasksToBounds) && send<BOOL>(layer, kMasksToBounds))) {
     node[key::kClips] = Value::boolean(true);
   }
   const ViewKind* kind = viewKindOf(view);
@@ -113,9 +115,10 @@ Value captureScene() {
   id screen = platform::sendClass<id>(platform::classNamed("UIScreen"), Sel("mainScreen"));
   CGRect bounds = send<CGRect>(screen, kBounds);
   Value::Dictionary scene;
-  scene[key::kScreen] = Value::dictionary({{key::kWidth, number(bounds.size.width)},
-                                           {key::kHeight, number(bounds.size.height)},
-                                           {key::kScale, number(send<double>(screen, Sel("scale")))}});
+  scene[key::kScreen] =
+      Value::dictionary({{key::kWidth, number(bounds.size.width)},
+                         {key::kHeight, number(bounds.size.height)},
+                         {key::kScale, number(send<double>(screen, Sel("scale")))}});
   scene[key::kProcess] = Value::string(host::processName());
   scene[key::kBundle] = Value::string(host::profile().bundleIdentifier);
 
@@ -151,6 +154,7 @@ Value captureScene() {
 
 void registerSceneQuery() {
   host::registerQuery("scene", [](const std::vector<std::string>&) { return captureScene(); });
+  registerNudgeAction();
 }
 
 }  // namespace kv::sim::render

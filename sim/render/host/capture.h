@@ -1,7 +1,7 @@
 // Inside a host: what the process shows, as a scene (sim/render/scene.h)
 // that the device draws. Every view is captured alike (frame, transform,
 // colour, alpha, corner, clipping); a kind of view that draws something of
-// its own adds it through one row of the table in capture_kinds.cpp.
+// its own adds it through one row of the table in kinds.cpp.
 #pragma once
 
 #include "platform/objc.h"
@@ -29,11 +29,18 @@ platform::Value captureView(id view);
 // The whole scene of this process.
 platform::Value captureScene();
 
-// SpringBoard's own screens, which are not views (capture_surface.cpp); a
+// SpringBoard's own screens, which are not views (host/surface.cpp); a
 // none value in other processes.
 platform::Value captureSurface();
 
-// Registers the "scene" query of this host.
+// The frontmost shown view of kind `className` on the screen: the highest
+// window first, and in a window the later subviews and what they hold
+// before the earlier ones; nil when none shows.
+id frontmostOnScreen(const char* className);
+
+// Registers the "scene" query of this host, and the developer's action
+// "nudge" (nudge.cpp), which changes a look on purpose.
 void registerSceneQuery();
+void registerNudgeAction();
 
 }  // namespace kv::sim::render
