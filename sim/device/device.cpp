@@ -312,11 +312,52 @@ bool Device::writeFile(const std::string& devicePath, const Value& value) {
   return ok;
 }
 
+bool Device::writeRawFile(const std::string& devicePath, const std::vector<uint8_t>& bytes) {
+  std::string path = realPath(devicePath);
+  std::error_code ec;
+  std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ec);
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  bool ok = out.good();
+  note("device", "file", devicePath + " (" + std::to_string(bytes.size()) + " bytes)" +
+                             (ok ? "" : " (write failed)"));
+  return ok;
+}
+
+bool Device::fileExists(const std::string& devicePath) const {
+  std::error_code ec;
+  return std::filesystem::exists(realPath(devicePath), ec);
+}
+
 void Device::setWifi(const Value& network) {
   wifi_ = network;
   note("device", "wifi", network.isNone() ? "off" : network.describe());
+  if (!network.isNone()) rememberNetwork(network);
+  deliverWifi();
+}
+
+void Device::addKnownWifi(const Value& network) {
+  note("device", "wifi-known", network.describe());
+  rememberNetwork(network);
+  deliverWifi();
+}
+
+// A network joined or learnt again keeps its place, with what is new.
+void Device::rememberNetwork(const Value& network) {
+  for (auto& known : knownWifi_) {
+    if (known["bssid"] == network["bssid"]) {
+      known = network;
+      return;
+    }
+  }
+  knownWifi_.push_back(network);
+}
+
+void Device::deliverWifi() {
   for (auto& h : hosts_) {
-    if (h->alive) deliveries_.emplace_back(h.get(), message("wifi", {{"network", network}}));
+    if (h->alive)
+      deliveries_.emplace_back(h.get(), message("wifi", {{"network", wifi_},
+                                                         {"known", Value::array(knownWifi_)}}));
   }
   settle();
 }
@@ -466,7 +507,8 @@ bool Device::handleReport(Host& host, const Value& report) {
     host.channel->send(message("reply", {{"reply", reply}}));
   } else if (op == "device-get") {
     const std::string& key = report["key"].asString();
-    host.channel->send(message("reply", {{"value", key == "wifi" ? wifi_ : Value()}}));
+    Value value = key == "wifi" ? wifi_ : key == "known-wifi" ? Value::array(knownWifi_) : Value();
+    host.channel->send(message("reply", {{"value", value}}));
   } else {
     note(host.name, "error", "unknown report '" + op + "'");
   }

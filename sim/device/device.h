@@ -78,8 +78,19 @@ class Device {
   // Writes a property-list file at a device path.
   bool writeFile(const std::string& devicePath, const Value& value);
 
-  // The network the device is associated with (none: Wi-Fi off).
+  // Writes these exact bytes to a file at a device path.
+  bool writeRawFile(const std::string& devicePath, const std::vector<uint8_t>& bytes);
+
+  // True iff a file exists at a device path.
+  bool fileExists(const std::string& devicePath) const;
+
+  // The network the device is associated with (none: Wi-Fi off); it
+  // becomes a known network too.
   void setWifi(const Value& network);
+
+  // A network the device knows (has joined before, with its stored
+  // password), without joining it.
+  void addKnownWifi(const Value& network);
 
   // Lets virtual time pass; due work runs in order.
   void advance(double seconds);
@@ -113,6 +124,8 @@ class Device {
   std::optional<Value> runCommand(Host& host, Value command);
   bool handleReport(Host& host, const Value& report);
   void onPost(const std::string& name, const std::string& poster);
+  void rememberNetwork(const Value& network);
+  void deliverWifi();
   void settle();
   void lost(Host& host, const std::string& why);
   Value helloFor(const Host& host) const;
@@ -127,6 +140,7 @@ class Device {
   std::map<std::string, Host*> centers_;
   std::deque<std::pair<Host*, Value>> deliveries_;
   Value wifi_;
+  Value::Array knownWifi_;  // in the order the device learnt them
   EventLog log_;
   std::string fault_;
 };

@@ -94,11 +94,28 @@ const ActionSpec kActions[] = {
     {"SpringBoard", "prompt", 2, 2, "prompt passcode DIGITS | prompt button N",
      "type digits into the Kavelin prompt's passcode field, or tap its button N "
      "(0 Cancel, 1 Enter passcode)"},
-    {"*", "alert", 2, 2, "alert button N", "tap button N of the topmost alert of any kind"},
+    {"*", "alert", 1, 2, "alert button N | alert dismiss",
+     "tap button N of the topmost alert of any kind, or have the system take it down"},
     {"*", "nudge", 2, 4, "nudge CLASS move DX DY | nudge CLASS color RRGGBB | nudge CLASS hide",
      "a developer's change to the frontmost shown view of CLASS, through its own setters: moved, "
      "recoloured (text, glyph or background) or hidden; shows that 'expect looks' sees a look "
      "changed on purpose"},
+    {"*", "message", 1, -1, "message NAME [JSON-OBJECT]",
+     "send a messaging-centre message to \"net.quorvan.kavelin.center\" and wait for the "
+     "reply, which becomes the last reply (see the predicate reply)"},
+    {"*", "message-oneway", 1, -1, "message-oneway NAME [JSON-OBJECT]",
+     "send a messaging-centre message without waiting for a reply"},
+    {"SpringBoard", "remove-identity", 0, 0, "remove-identity",
+     "the owner removes an enrolled finger or face (BiometricKit removeIdentity:)"},
+    {"SpringBoard", "update-identity", 0, 0, "update-identity",
+     "the owner changes an enrolled finger or face (BiometricKit updateIdentity:)"},
+    {"app", "request", 1, -1, "request NAME [JSON-OBJECT]",
+     "an app started with 'start app BUNDLE-ID' uses the file channel: writes the request file "
+     "(unless no object is given), sets the state of \"net.quorvan.kavelin.ipcoverride\" to the "
+     "packed name and posts it"},
+    {"app", "read-reply", 1, 1, "read-reply NAME",
+     "the app reads and deletes the reply file of NAME, decoding it with NSKeyedUnarchiver; it "
+     "becomes the last reply (none when there is no file)"},
     {"Preferences", "open-pane", 1, 1, "open-pane ID",
      "tap the settings row whose specifier id is ID"},
     {"Camera", "image-well", 1, 1, "image-well tap", "tap the camera's last-photo thumbnail"},
@@ -157,6 +174,13 @@ bool sameValue(const Value& a, const Value& b) {
 }
 
 std::string firstWord(const std::string& s) { return s.substr(0, s.find(' ')); }
+
+// The network a wifi statement describes.
+Value networkOf(const Statement& s) {
+  Value::Dictionary network{{"bssid", Value::string(s.name)}, {"ssid", Value::string(s.ssid)}};
+  if (!s.password.empty()) network["password"] = Value::string(s.password);
+  return Value::dictionary(std::move(network));
+}
 
 class Runner {
  public:
@@ -224,6 +248,9 @@ class Runner {
 
   bool anyRunning() const { return running_; }
 
+  // The reply of the last message or read-reply (none: nil, or none yet).
+  const Value& lastReply() const { return lastReply_; }
+
   // Whether the screen matches the scenario's reference picture `name`.
   bool looks(const std::string& name, int line, std::string* seen) {
     std::string label = render::Album::fileName(file_, line, "looks");
@@ -270,8 +297,10 @@ class Runner {
         if (running_) device().post(kPrefsChanged, std::nullopt, "settings pane");
         return true;
       case K::kWifi:
-        device().setWifi(Value::dictionary({{"bssid", Value::string(s.name)},
-                                            {"ssid", Value::string(s.ssid)}}));
+        device().setWifi(networkOf(s));
+        return true;
+      case K::kWifiKnown:
+        device().addKnownWifi(networkOf(s));
         return true;
       case K::kWifiOff:
         device().setWifi(Value());
@@ -293,8 +322,16 @@ class Runner {
         return true;
       case K::kAction: {
         Value result;
-        return device().action(s.process, s.action, s.args, s.rest, &result, failure);
+        if (!device().action(s.process, s.action, s.args, s.rest, &result, failure)) return false;
+        if (result["replied"].asBool()) lastReply_ = result["reply"];
+        return true;
       }
+      case K::kFileRaw:
+        if (!device().writeRawFile(s.key, s.bytes)) {
+          *failure = "could not write " + s.key;
+          return false;
+        }
+        return true;
       case K::kFinger:
       case K::kFace:
         return device().action("SpringBoard", s.kind == K::kFinger ? "finger" : "face",
@@ -350,6 +387,7 @@ class Runner {
   std::unique_ptr<Device> device_;
   bool running_ = false;
   size_t printed_ = 0;
+  Value lastReply_;
 };
 
 // The events of the current window whose kind is `kind`.
@@ -490,6 +528,67 @@ bool promptHolds(Runner& r, const Statement& s, std::string* seen) {
   return (*prompt)["message"].asString().find(want) != std::string::npos;
 }
 
+// The text after the first word of `rest`, which may be a quoted string.
+std::string afterFirstWord(const std::string& rest) {
+  size_t start = rest.find_first_not_of(" \t");
+  if (start == std::string::npos) return {};
+  if (rest[start] != '"') {
+    size_t end = rest.find_first_of(" \t", start);
+    return end == std::string::npos ? std::string() : rest.substr(end);
+  }
+  size_t end = rest.find('"', start + 1);
+  return end == std::string::npos ? std::string() : rest.substr(end + 1);
+}
+
+// reply none / reply KEY JSON
+bool replyHolds(Runner& r, const Statement& s, std::string* seen) {
+  const Value& reply = r.lastReply();
+  *seen = reply.isNone() ? "the last reply was nil" : "the last reply was " + reply.describe();
+  if (s.predicateArgs[0] == "none") return reply.isNone();
+  const std::string& key = s.predicateArgs[0];
+  auto expected = parseJson(afterFirstWord(s.predicateRest));
+  return expected && reply.kind() == Value::Kind::kDictionary && !reply[key].isNone() &&
+         sameValue(reply[key], *expected);
+}
+
+// The system alerts (not the Kavelin prompt) every running process shows.
+std::vector<Value> systemAlerts(Runner& r) {
+  std::vector<Value> out;
+  for (const char* process : {"SpringBoard", "Preferences", "Camera", "InCallService"}) {
+    if (!r.device().running(process)) continue;
+    std::string error;
+    auto alerts = r.device().query(process, "alerts", {}, &error);
+    if (!alerts) continue;
+    for (const auto& a : alerts->asArray()) {
+      if (a["class"].asString() != "KavelinAlertView") out.push_back(a);
+    }
+  }
+  return out;
+}
+
+// alert [title "TEXT"] [message "TEXT"]
+bool alertHolds(Runner& r, const Statement& s, std::string* seen) {
+  std::string shown;
+  for (const Value& a : systemAlerts(r)) {
+    bool matches = true;
+    for (size_t i = 0; i + 1 < s.predicateArgs.size(); i += 2) {
+      const std::string& want = s.predicateArgs[i + 1];
+      if (s.predicateArgs[i] == "title") matches &= a["title"].asString() == want;
+      if (s.predicateArgs[i] == "message")
+        matches &= a["message"].asString().find(want) != std::string::npos;
+    }
+    if (matches) return true;
+    shown += (shown.empty() ? "" : "; ") + a["title"].asString() + ": " + a["message"].asString();
+  }
+  *seen = shown.empty() ? "no system alert is visible" : "visible: " + shown;
+  return false;
+}
+
+bool fileHolds(Runner& r, const Statement& s, std::string* seen) {
+  *seen = s.predicateArgs[0] + " does not exist";
+  return r.device().fileExists(s.predicateArgs[0]);
+}
+
 const std::vector<PredicateSpec>& predicates() {
   static const std::vector<PredicateSpec> kPredicates = {
       {"posted", 1, 3, "posted NAME [state N]",
@@ -513,6 +612,14 @@ const std::vector<PredicateSpec>& predicates() {
        "the screen now matches the reference picture NAME.png beside the scenario file, within a "
        "few pixels (kavelin-sim run --rewrite-looks writes it instead)",
        looksHolds},
+      {"reply", 1, -1, "reply KEY JSON | reply none",
+       "the last reply holds KEY with that value (booleans and numbers are told apart) / was nil",
+       replyHolds},
+      {"alert", 0, 4, "alert [title \"TEXT\"] [message \"TEXT\"]",
+       "a system alert other than the Kavelin prompt is visible, with that title, and a message "
+       "containing TEXT",
+       alertHolds},
+      {"file", 1, 2, "file PATH [exists]", "that file exists on the device", fileHolds},
       {"switcher", 0, -1, "switcher [BUNDLE-ID...]",
        "the app switcher shows (with exactly these items, most recent first)", switcherHolds},
   };
@@ -533,7 +640,11 @@ std::optional<ParseError> validateScenario(const Scenario& scenario) {
       if (n < a->minArgs || (a->maxArgs >= 0 && n > a->maxArgs)) {
         return fail("expected " + std::string(a->usage));
       }
-      if (std::string(a->process) != "*" && s.process != a->process) {
+      bool systemProcess = s.process == "SpringBoard" || s.process == "Preferences" ||
+                           s.process == "Camera" || s.process == "InCallService";
+      if (std::string(a->process) == "app") {
+        if (systemProcess) return fail("'" + s.action + "' is an action of an app (start app ID)");
+      } else if (std::string(a->process) != "*" && s.process != a->process) {
         return fail("'" + s.action + "' is an action of " + a->process);
       }
     }
@@ -552,6 +663,21 @@ std::optional<ParseError> validateScenario(const Scenario& scenario) {
       if (s.predicate == "prompt" && n > 0 &&
           !((n == 1 && s.predicateArgs[0] == "passcode-field") ||
             (n == 2 && (s.predicateArgs[0] == "title" || s.predicateArgs[0] == "message")))) {
+        return fail("expected " + std::string(p->usage));
+      }
+      if (s.predicate == "reply" && !(n == 1 && s.predicateArgs[0] == "none")) {
+        std::string why;
+        if (n < 2 || !parseJson(afterFirstWord(s.predicateRest), &why))
+          return fail("expected reply KEY JSON | reply none" + (why.empty() ? "" : ": " + why));
+      }
+      if (s.predicate == "alert") {
+        for (size_t i = 0; i < s.predicateArgs.size(); i += 2) {
+          if (i + 1 >= s.predicateArgs.size() ||
+              (s.predicateArgs[i] != "title" && s.predicateArgs[i] != "message"))
+            return fail("expected " + std::string(p->usage));
+        }
+      }
+      if (s.predicate == "file" && n == 2 && s.predicateArgs[1] != "exists") {
         return fail("expected " + std::string(p->usage));
       }
       if (s.predicate == "pref") {
@@ -632,9 +758,13 @@ std::string helpText() {
       "  device iphone|ipad ios VERSION [touchid|faceid|none] [identities N] "
       "[passcode|no-passcode]\n"
       "  prefs KEY JSON / prefs-delete KEY\n"
-      "  wifi BSSID [ssid NAME] / wifi off\n"
+      "  wifi BSSID [ssid NAME] [password PW] / wifi off\n"
+      "                          join a network (the device knows it, with its password, from\n"
+      "                          then on)\n"
+      "  wifi-known BSSID [ssid NAME] [password PW]\n"
+      "                          a network the device has joined before, not in range now\n"
       "  notify NAME [state N]\n"
-      "  file PATH JSON\n"
+      "  file PATH JSON / file-raw PATH HEX   a property-list file / these exact bytes\n"
       "  start PROCESS...        SpringBoard, Preferences, Camera, InCallService, app BUNDLE-ID\n"
       "  PROCESS: ACTION [ARGS]  an action inside a running process (below)\n"
       "  finger match|nomatch / face match|nomatch / biometric CODE\n"
@@ -650,7 +780,10 @@ std::string helpText() {
       "  expect [not] PREDICATE\n\n"
       "actions:\n";
   for (const auto& a : kActions) {
-    out += "  " + std::string(a.process == std::string("*") ? "PROCESS" : a.process) + ": " +
+    std::string process = a.process == std::string("*")     ? "PROCESS"
+                          : a.process == std::string("app") ? "BUNDLE-ID"
+                                                            : a.process;
+    out += "  " + process + ": " +
            a.usage + "\n      " + a.help + "\n";
   }
   out += "\npredicates:\n";

@@ -2,6 +2,7 @@
 #include "sim/device/scenario.h"
 
 #include <algorithm>
+#include <cctype>
 
 #include <charconv>
 #include <cmath>
@@ -254,24 +255,62 @@ std::string parseKeyAndJson(const Verb& verb, const Line& line, Statement& st, C
   return {};
 }
 
+// file-raw PATH HEX: the exact bytes of a file, two hex digits a byte
+// (spaces between bytes allowed).
+std::string parseFileRaw(const Verb& verb, const Line& line, Statement& st, Context&) {
+  if (line.size() < 3) return usageError(verb, line.size() < 2 ? "missing path" : "missing bytes");
+  st.key = line.word(1);
+  if (st.key.front() != '/') return usageError(verb, "path '" + st.key + "' is not absolute");
+  std::string hex;
+  for (char c : line.rest(1)) {
+    if (c != ' ' && c != '\t') hex.push_back(c);
+  }
+  if (hex.size() % 2 != 0) return usageError(verb, "an odd number of hex digits");
+  for (size_t i = 0; i < hex.size(); i += 2) {
+    int byte = 0;
+    for (char c : hex.substr(i, 2)) {
+      int digit = std::isdigit(static_cast<unsigned char>(c)) ? c - '0'
+                  : (c >= 'a' && c <= 'f')                    ? c - 'a' + 10
+                  : (c >= 'A' && c <= 'F')                    ? c - 'A' + 10
+                                                              : -1;
+      if (digit < 0) return usageError(verb, "'" + hex.substr(i, 2) + "' is not a hex byte");
+      byte = byte * 16 + digit;
+    }
+    st.bytes.push_back(static_cast<uint8_t>(byte));
+  }
+  return {};
+}
+
 std::string parsePrefsDelete(const Verb& verb, const Line& line, Statement& st, Context&) {
   if (std::string error = arity(verb, line, 1, 1); !error.empty()) return error;
   st.key = line.word(1);
   return st.key.empty() ? usageError(verb, "empty key") : std::string();
 }
 
+// BSSID [ssid NAME] [password PW], the words after the BSSID in any order.
+std::string parseNetwork(const Verb& verb, const Line& line, Statement& st) {
+  st.name = line.word(1);
+  for (size_t i = 2; i < line.size(); i += 2) {
+    const std::string& word = line.word(i);
+    if (word != "ssid" && word != "password") return usageError(verb, "unexpected '" + word + "'");
+    if (i + 1 == line.size()) return usageError(verb, "missing value after " + word);
+    (word == "ssid" ? st.ssid : st.password) = line.word(i + 1);
+  }
+  return {};
+}
+
 std::string parseWifi(const Verb& verb, const Line& line, Statement& st, Context&) {
-  if (std::string error = arity(verb, line, 1, 3); !error.empty()) return error;
+  if (std::string error = arity(verb, line, 1, 5); !error.empty()) return error;
   if (line.word(1) == "off" && line.size() == 2) {
     st.kind = Kind::kWifiOff;
     return {};
   }
-  st.name = line.word(1);
-  if (line.size() == 2) return {};
-  if (line.word(2) != "ssid") return usageError(verb, "unexpected '" + line.word(2) + "'");
-  if (line.size() != 4) return usageError(verb, "missing name after ssid");
-  st.ssid = line.word(3);
-  return {};
+  return parseNetwork(verb, line, st);
+}
+
+std::string parseWifiKnown(const Verb& verb, const Line& line, Statement& st, Context&) {
+  if (std::string error = arity(verb, line, 1, 5); !error.empty()) return error;
+  return parseNetwork(verb, line, st);
 }
 
 std::string parseNotify(const Verb& verb, const Line& line, Statement& st, Context&) {
@@ -373,9 +412,11 @@ constexpr Verb kVerbs[] = {
      parseDevice},
     {"prefs", Kind::kPrefs, "prefs KEY JSON", parseKeyAndJson},
     {"prefs-delete", Kind::kPrefsDelete, "prefs-delete KEY", parsePrefsDelete},
-    {"wifi", Kind::kWifi, "wifi BSSID [ssid NAME]|off", parseWifi},
+    {"wifi", Kind::kWifi, "wifi BSSID [ssid NAME] [password PW]|off", parseWifi},
+    {"wifi-known", Kind::kWifiKnown, "wifi-known BSSID [ssid NAME] [password PW]", parseWifiKnown},
     {"notify", Kind::kNotify, "notify NAME [state N]", parseNotify},
     {"file", Kind::kFile, "file PATH JSON", parseKeyAndJson},
+    {"file-raw", Kind::kFileRaw, "file-raw PATH HEX", parseFileRaw},
     {"start", Kind::kStart,
      "start PROCESS... with SpringBoard, Preferences, Camera, InCallService or app BUNDLE-ID",
      parseStart},

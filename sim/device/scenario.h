@@ -30,8 +30,10 @@ struct Statement {
     kPrefsDelete,
     kWifi,
     kWifiOff,
+    kWifiKnown,
     kNotify,
     kFile,
+    kFileRaw,
     kStart,
     kAction,
     kFinger,
@@ -51,10 +53,12 @@ struct Statement {
 
   std::string key;        // kPrefs, kPrefsDelete: the preference key; kFile: the path
   platform::Value value;  // kPrefs, kFile
+  std::vector<uint8_t> bytes;  // kFileRaw
 
   std::string name;               // kNotify: the notification; kWifi: the BSSID; kSnapshot: its name
   std::optional<uint64_t> state;  // kNotify
-  std::string ssid;               // kWifi, empty when not given
+  std::string ssid;               // kWifi, kWifiKnown: empty when not given
+  std::string password;           // kWifi, kWifiKnown: the stored password, empty when none
 
   // kMissing: private functions left off the device; kExtension: other extensions whose
   // libraries are installed; kBundle: where the settings bundle is (name: none, library,

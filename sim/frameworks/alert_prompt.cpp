@@ -129,13 +129,20 @@ Value promptAction(const host::ActionRequest& request, std::string* error) {
 }
 
 Value alertAction(const host::ActionRequest& request, std::string* error) {
-  if (request.args.size() != 2 || request.args[0] != "button") {
-    *error = "alert button N";
+  bool dismiss = request.args.size() == 1 && request.args[0] == "dismiss";
+  if (!dismiss && (request.args.size() != 2 || request.args[0] != "button")) {
+    *error = "alert button N | alert dismiss";
     return {};
   }
   id alert = topmostAlert();
   if (alert == nullptr) {
     *error = "no alert is visible";
+    return {};
+  }
+  if (dismiss) {
+    // Taken down by the system, as if its cancel button had been tapped.
+    send<void>(alert, Sel("dismissWithClickedButtonIndex:animated:"),
+               send<Integer>(alert, Sel("cancelButtonIndex")), BOOL{0});
     return {};
   }
   return tapButton(alert, request.args[1], error);

@@ -13,6 +13,7 @@ void definePassKit();
 void definePasscodeField();
 void defineBiometricKit();
 void defineSpringBoard();
+void defineClients();
 // The catalog: every other class and method of the platform that the library
 // names, as calls that are recorded and answer zero.
 void defineCatalog();
@@ -27,6 +28,7 @@ void defineFrameworks() {
   defineBiometricKit();
   if (inProcess("SpringBoard")) defineSpringBoard();
   defineCatalog();
+  defineClients();
 }
 
 void startProcess() {

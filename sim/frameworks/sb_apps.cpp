@@ -433,6 +433,7 @@ void defineSpringBoardApps() {
       .build();
   defineIcons();
   ClassBuilder iconController("SBIconController", "NSObject");
+  iconController.ivar("_iconModel");
   addForceTouchIconView(iconController);
   iconController.classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
       .instance("openFolder", imp(openFolder), "@@:")

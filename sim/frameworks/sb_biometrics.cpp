@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "platform/foundation.h"
+#include "platform/functions.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
 #include "sim/frameworks/springboard.h"
@@ -177,9 +178,15 @@ void resourceDeliver(id resource, long code) {
 struct KitState {
   Retained delegate;
 };
+// The fingers or faces enrolled now: the device's at start, then as the
+// owner removes them in this process.
+int& enrolled() {
+  static int count = system().identities;
+  return count;
+}
 id kitIdentities(id, SEL, id) {
   id list = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
-  for (int i = 0; i < system().identities; ++i) {
+  for (int i = 0; i < enrolled(); ++i) {
     id identity = host::newObject(platform::classNamed("BiometricKitIdentity"));
     send<void>(list, Sel("addObject:"), identity);
     send<void>(identity, Sel("release"));
@@ -209,6 +216,33 @@ BOOL kitEnableBackgroundDetection(id self, SEL cmd, BOOL on, id) {
   kitRecord(self, cmd, on);
   return 1;
 }
+// From iOS 11 the kit tells the system when the enrolment changed.
+void enrolmentChanged() {
+  if (atLeast(11)) notify_post("com.apple.BiometricKit.enrollmentChanged");
+}
+void kitRemoveIdentity(id, SEL, id) {
+  if (enrolled() > 0) --enrolled();
+  host::logEvent("biometric", "identity removed; " + std::to_string(enrolled()) + " enrolled");
+  enrolmentChanged();
+}
+void kitUpdateIdentity(id, SEL, id) {
+  host::logEvent("biometric", "identity updated; " + std::to_string(enrolled()) + " enrolled");
+  enrolmentChanged();
+}
+// The owner's change in the enrolment screen reaches the kit's manager.
+Value identityAction(const char* selector, std::string* error) {
+  if (system().biometrics == "none") {
+    *error = "this device has no biometric hardware";
+    return {};
+  }
+  platform::AutoreleasePool pool;
+  id kit = platform::sendClass<id>(platform::classNamed("BiometricKit"), Sel("manager"));
+  id identities = send<id>(kit, Sel("identities:"), id{nullptr});
+  id first = platform::arrayObjectAt(identities, 0);
+  send<void>(kit, platform::selector(selector), first);
+  return {};
+}
+
 void operationCancel(id, SEL) {
   host::logEvent("biometric", "match operation cancelled");
 }
@@ -254,7 +288,7 @@ Value presentAction(const char* hardware, const host::ActionRequest& request, st
     return {};
   }
   bool match = request.args[0] == "match";
-  if (system().identities == 0) match = false;  // nothing enrolled matches nothing
+  if (enrolled() == 0) match = false;  // nothing enrolled matches nothing
   for (const auto& s : kSequences) {
     if (hardware != std::string(s.hardware) || s.match != match || system().major < s.firstMajor ||
         system().major > s.lastMajor) {
@@ -288,6 +322,8 @@ void defineBiometricKit() {
   ClassBuilder("BiometricKit", "NSObject")
       .classMethod("manager", imp(sharedInstanceOf), "@@:")
       .instance("identities:", imp(kitIdentities), "@@:@")
+      .instance("removeIdentity:", imp(kitRemoveIdentity), "v@:@")
+      .instance("updateIdentity:", imp(kitUpdateIdentity), "v@:@")
       .instance("delegate", imp(kitDelegate), "@@:")
       .instance("setDelegate:", imp(kitSetDelegate), "v@:@")
       .instance("matchWithMode:andCredentialSet:", imp(kitMatchWithMode), "@@:Q@")
@@ -360,6 +396,12 @@ void defineSpringBoardBiometrics() {
     return presentAction("faceid", r, e);
   });
   host::registerAction("biometric", rawEventAction);
+  host::registerAction("remove-identity", [](const host::ActionRequest&, std::string* e) {
+    return identityAction("removeIdentity:", e);
+  });
+  host::registerAction("update-identity", [](const host::ActionRequest&, std::string* e) {
+    return identityAction("updateIdentity:", e);
+  });
 }
 
 // The sensor's observers as SpringBoard sets them up at start: the lock

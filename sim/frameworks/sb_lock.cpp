@@ -192,16 +192,24 @@ std::vector<Retained>& knownNetworkList() {
   static auto* list = new std::vector<Retained>();
   return *list;
 }
-void joinNetwork(const Value& network) {
-  id manager = sharedOf("SBWiFiManager");
-  id current = platform::makeObject(network);
-  if (current != nullptr) {
-    bool known = false;
-    for (auto& n : knownNetworkList()) {
-      known |= platform::valueOf(n.get())["BSSID"] == network["BSSID"];
-    }
-    if (!known) knownNetworkList().push_back(Retained(current));
+// The device's network as the Wi-Fi framework describes it, with the
+// password the device stores for it.
+Value networkFromDevice(const Value& wifi) {
+  if (wifi.isNone()) return {};
+  Value::Dictionary network{{"BSSID", wifi["bssid"]}, {"SSID_STR", wifi["ssid"]}};
+  if (!wifi["password"].asString().empty()) network["password"] = wifi["password"];
+  return Value::dictionary(std::move(network));
+}
+// The networks the device knows, in the order it learnt them, and the one
+// it is on (an equal record of it, as the framework hands out).
+void joinNetwork(const Value& network, const Value& known) {
+  platform::AutoreleasePool pool;
+  knownNetworkList().clear();
+  for (const auto& k : known.asArray()) {
+    knownNetworkList().emplace_back(platform::makeObject(networkFromDevice(k)));
   }
+  id manager = sharedOf("SBWiFiManager");
+  id current = platform::makeObject(networkFromDevice(network));
   id* slot = static_cast<id*>(platform::ivarAddress(manager, "_currentNetwork"));
   if (slot == nullptr) return;
   Retained(current).take();  // the instance variable owns one reference
@@ -212,11 +220,6 @@ id knownNetworks(id, SEL) {
   id list = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
   for (auto& n : knownNetworkList()) send<void>(list, Sel("addObject:"), n.get());
   return list;
-}
-// The device's network as the Wi-Fi framework describes it.
-Value networkFromDevice(const Value& wifi) {
-  if (wifi.isNone()) return {};
-  return Value::dictionary({{"BSSID", wifi["bssid"]}, {"SSID_STR", wifi["ssid"]}});
 }
 
 // ---- Actions ----
@@ -320,10 +323,10 @@ void defineSpringBoardLock() {
       .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
       .instance("knownNetworks", imp(knownNetworks), "@@:")
       .build();
-  joinNetwork(
-      networkFromDevice(host::request("device-get", {{"key", Value::string("wifi")}})["value"]));
+  joinNetwork(host::request("device-get", {{"key", Value::string("wifi")}})["value"],
+              host::request("device-get", {{"key", Value::string("known-wifi")}})["value"]);
   host::onCommand("wifi", [](const Value& command) {
-    joinNetwork(networkFromDevice(command["network"]));
+    joinNetwork(command["network"], command["known"]);
     return Value::Dictionary{};
   });
   host::registerAction("lock", lockAction);

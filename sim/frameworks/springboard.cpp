@@ -53,6 +53,7 @@ void defineSharedClasses() {
 
 void defineSpringBoard() {
   defineSpringBoardApps();
+  defineSpringBoardServices();
   defineSpringBoardLock();
   defineSpringBoardWorkspace();
   defineSpringBoardOpenRequests();
@@ -72,6 +73,7 @@ void startSpringBoard() {
                            "SBLockScreenManager", "SBBacklightController", "SBWiFiManager"}) {
     sharedOf(name);
   }
+  giveIconControllerItsModel(sharedOf("SBIconController"));
   startSpringBoardBiometrics();
   sharedOf("SBUIController");
   notify_post("com.apple.springboard.finishedstartup");

@@ -131,6 +131,9 @@ class ReplyBlock {
 // ---- Class definitions, in SpringBoard's order (springboard.cpp) ----
 
 void defineSpringBoardApps();
+void defineSpringBoardServices();
+// Gives SBIconController's instance its icon model ("_iconModel").
+void giveIconControllerItsModel(id iconController);
 void defineSpringBoardLock();
 void defineSpringBoardWorkspace();
 void defineSpringBoardOpenRequests();

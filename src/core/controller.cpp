@@ -10,6 +10,7 @@
 #include "core/coordinator.h"
 #include "core/device.h"
 #include "core/matching.h"
+#include "core/messages.h"
 #include "core/policy.h"
 #include "core/requests.h"
 #include "core/state.h"
@@ -250,11 +251,8 @@ __attribute__((no_sanitize("function"))) void ignoreNumber(id, SEL, id, long) {}
 
 // ---- The messaging centre ----
 
-// The answers of the protocol come with the protocol itself; until then every
-// message gets the empty reply a client also gets from a SpringBoard without
-// the handler.
-id handleMessage(id, SEL, id, id) {
-  return nullptr;
+id handleMessage(id, SEL, id name, id userInfo) {
+  return handleMessageNamed(name, userInfo, Channel::kMessagingCentre);
 }
 
 std::vector<MethodSpec> methodTable() {

@@ -24,6 +24,7 @@ const Sel kObjCType("objCType");
 const Sel kLongLongValue("longLongValue");
 const Sel kDoubleValue("doubleValue");
 const Sel kNumberWithBool("numberWithBool:");
+const Sel kNumberWithInt("numberWithInt:");
 const Sel kNumberWithLongLong("numberWithLongLong:");
 const Sel kNumberWithDouble("numberWithDouble:");
 const Sel kCount("count");
@@ -152,6 +153,9 @@ std::optional<std::vector<std::string>> stringListOf(id obj) {
 id makeBool(bool b) {
   return sendClass<id>(cls("NSNumber"), kNumberWithBool, static_cast<BOOL>(b ? 1 : 0));
 }
+id makeInt(int i) {
+  return sendClass<id>(cls("NSNumber"), kNumberWithInt, i);
+}
 id makeInteger(int64_t i) {
   return sendClass<id>(cls("NSNumber"), kNumberWithLongLong, static_cast<long long>(i));
 }
@@ -163,6 +167,14 @@ id makeStringList(const std::vector<std::string>& items) {
   id array = sendClass<id>(cls("NSMutableArray"), kArray);
   for (const auto& s : items) send<void>(array, kAddObject, makeString(s));
   return array;
+}
+
+id makeDictionary(std::initializer_list<std::pair<const char*, id>> entries) {
+  id dictionary = sendClass<id>(cls("NSMutableDictionary"), kDictionary);
+  for (const auto& [key, value] : entries) {
+    if (value != nullptr) send<void>(dictionary, kSetObjectForKey, value, makeString(key));
+  }
+  return dictionary;
 }
 
 id makeArray(std::initializer_list<id> items) {

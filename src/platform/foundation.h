@@ -6,6 +6,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/objc.h"
@@ -39,14 +40,20 @@ std::optional<bool> boolOf(id obj);
 // nullopt (nil, not an array, or any element of another kind).
 std::optional<std::vector<std::string>> stringListOf(id obj);
 
-// Returns autoreleased NSNumbers / NSArray of NSStrings.
+// Returns autoreleased NSNumbers / NSArray of NSStrings. makeInt is a number
+// made from an int, as a reply that carries a count has it.
 id makeBool(bool b);
+id makeInt(int i);
 id makeInteger(int64_t i);
 id makeReal(double d);
 id makeStringList(const std::vector<std::string>& items);
 
 // Returns an autoreleased NSArray of `items`, in order; nil entries are left out.
 id makeArray(std::initializer_list<id> items);
+
+// Returns an autoreleased NSDictionary of the given entries; nil values are
+// left out.
+id makeDictionary(std::initializer_list<std::pair<const char*, id>> entries);
 
 // Converts any property-list object (string, number, boolean, data, date,
 // array, dictionary with string keys) into a Value; other objects and

@@ -7,6 +7,8 @@
 #include <string>
 
 #include "core/controller.h"
+#include "core/file_channel.h"
+#include "core/identities.h"
 #include "core/hardware.h"
 #include "core/wifi.h"
 #include "platform/foundation.h"
@@ -79,6 +81,8 @@ void cameraSection() {
 void springBoardSection() {
   setRole(Role::kSpringBoard);
   core::resolveWiFiFunctions();
+  // Classes that load after the library get their rows as they appear.
+  _dyld_register_func_for_add_image(installLateGroups);
   computeFlag(VersionFlag::kIOS10OrLater);
   computeFlag(VersionFlag::kIOS102OrLater);
   if (flags().isIOS10OrLater) {
@@ -95,7 +99,7 @@ void springBoardSection() {
   settings::defineSettingsControllers();
   installGroup(Group::kSpringBoard);
   settings::setBiometricsInUse(core::biometricHardwareInUse(settings::current().onlyPasscode));
-  // The first-fingerprint countdown comes with identity tracking.
+  observe(Note::kLockAfterFiveSeconds, core::lockAfterFiveSeconds);
   observe(Note::kLockDeviceNow, lockDeviceNow);
   observe(Note::kDisableExperimentalAlert, settings::experimentalAlertDisabled);
   observe(Note::kShowExperimentalAlertIfNeeded, settings::showExperimentalAlertIfNeeded);
@@ -107,8 +111,8 @@ void springBoardSection() {
     registerToken(Note::kAllowInCallNames);
   }
   observe(Note::kScreenChanged, screenChanged);
-  // The photo-library request and the file request channel come with the
-  // file channel; the latter's token is registered now.
+  observe(Note::kRequestPhotoLibraryAuthorization, core::photoLibraryRequest);
+  observe(Note::kIpcOverride, core::fileRequest);
   registerToken(Note::kIpcOverride);
   observe(Note::kPrefsChanged, settings::settingsChanged);
   observe(Note::kHapticChanged, settings::hapticChanged);
@@ -117,7 +121,10 @@ void springBoardSection() {
     installGroup(Group::kPellum);
   }
   if (flags().isIOS92OrLater) observe(Note::kFinishedStartup, startupFinished);
-  if (flags().isIOS11) registerToken(Note::kInCameraPhotosProtection);
+  if (flags().isIOS11) {
+    observe(Note::kEnrollmentChanged, core::enrollmentChanged);
+    registerToken(Note::kInCameraPhotosProtection);
+  }
 }
 
 __attribute__((constructor)) void kavelinLoad() {

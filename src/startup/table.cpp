@@ -2,6 +2,7 @@
 // it is reported, never installed; each guard turns its rows on as it lands.
 #include "startup/table.h"
 
+#include "core/identities.h"
 #include "prompt/glyph_timing.h"
 #include "prompt/passcode_field_hooks.h"
 #include "springboard/launch_agent.h"
@@ -241,6 +242,11 @@ const Row kPellumRows[] = {
     pendingRow("SpringBoard", "-frontDisplayDidChange:"),
 };
 
+const Row kBiometricKitRows[] = {
+    replaced<&core::removeIdentity>("BiometricKit", "-removeIdentity:"),
+    replaced<&core::updateIdentity>("BiometricKit", "-updateIdentity:"),
+};
+
 struct GroupRows {
   Group group;
   std::span<const Row> rows;
@@ -256,6 +262,19 @@ const GroupRows kGroups[] = {
     {Group::kSpringBoardIOS8, kSpringBoardIOS8Rows},
     {Group::kSpringBoard, kSpringBoardRows},
     {Group::kPellum, kPellumRows},
+    {Group::kBiometricKit, kBiometricKitRows},
+};
+
+// A group whose class may load after the library: installed the first time
+// an added image makes the class resolve.
+struct LateGroup {
+  Group group;
+  const char* className;
+  bool installed;
+};
+
+LateGroup gLateGroups[] = {
+    {Group::kBiometricKit, "BiometricKit", false},
 };
 
 std::vector<platform::InstallRecord>& report() {
@@ -274,6 +293,14 @@ std::span<const Row> rowsOf(Group group) {
 
 void installGroup(Group group) {
   for (const auto& record : platform::installRows(rowsOf(group))) report().push_back(record);
+}
+
+void installLateGroups(const struct mach_header*, intptr_t) {
+  for (LateGroup& late : gLateGroups) {
+    if (late.installed || platform::classNamed(late.className) == nullptr) continue;
+    late.installed = true;
+    installGroup(late.group);
+  }
 }
 
 const std::vector<platform::InstallRecord>& installReport() {
