@@ -584,6 +584,11 @@ bool alertHolds(Runner& r, const Statement& s, std::string* seen) {
   return false;
 }
 
+bool runningHolds(Runner& r, const Statement& s, std::string* seen) {
+  *seen = s.predicateArgs[0] + " is not running";
+  return r.device().running(s.predicateArgs[0]);
+}
+
 bool fileHolds(Runner& r, const Statement& s, std::string* seen) {
   *seen = s.predicateArgs[0] + " does not exist";
   return r.device().fileExists(s.predicateArgs[0]);
@@ -620,6 +625,7 @@ const std::vector<PredicateSpec>& predicates() {
        "containing TEXT",
        alertHolds},
       {"file", 1, 2, "file PATH [exists]", "that file exists on the device", fileHolds},
+      {"running", 1, 1, "running PROCESS", "the process is alive", runningHolds},
       {"switcher", 0, -1, "switcher [BUNDLE-ID...]",
        "the app switcher shows (with exactly these items, most recent first)", switcherHolds},
   };

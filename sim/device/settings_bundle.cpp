@@ -31,7 +31,7 @@ constexpr Text kTexts[] = {
     {"CANCEL", "Cancel"},
     {"OKAY", "OK"},
     {"ADDED_FIRST_FINGERPRINT_AFTER_REBOOT",
-     "A fingerprint was added since the last restart. Kavelin needs your passcode once."},
+     "A fingerprint was added while a passcode was on. Locking in %d seconds to start afresh."},
     {"AIRPLANE_MODE", "Airplane Mode"},
     {"WIFI", "Wi-Fi"},
     {"RESET_ICONS_LABEL", "Reset Home Screen Layout"},

@@ -107,12 +107,16 @@ Value readReplyAction(const host::ActionRequest& request, std::string*) {
   platform::AutoreleasePool pool;
   id path = platform::makeString(kRequestDirectory + request.args[0] + "-reply");
   id manager = sendClass<id>(platform::classNamed("NSFileManager"), Sel("defaultManager"));
-  if (send<BOOL>(manager, Sel("fileExistsAtPath:"), path) == 0) return lastReply(nullptr);
+  if (send<BOOL>(manager, Sel("fileExistsAtPath:"), path) == 0) {
+    host::logEvent("reply", request.args[0] + " no reply file");
+    return lastReply(nullptr);
+  }
   id data = sendClass<id>(platform::classNamed("NSData"), Sel("dataWithContentsOfFile:"), path);
   send<BOOL>(manager, Sel("removeItemAtPath:error:"), path, static_cast<id*>(nullptr));
   id reply = data == nullptr ? nullptr
                              : sendClass<id>(platform::classNamed("NSKeyedUnarchiver"),
                                              Sel("unarchiveObjectWithData:"), data);
+  host::logEvent("reply", request.args[0] + " " + platform::valueOf(reply).describe());
   return lastReply(reply);
 }
 
