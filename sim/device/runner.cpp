@@ -50,6 +50,10 @@ const ActionSpec kActions[] = {
      "the first ARGUMENTS is nil or zero, as in a stored call that carries fewer"},
     {"SpringBoard", "tap", 1, 1, "tap BUNDLE-ID", "tap the app's icon on the home screen"},
     {"SpringBoard", "tap-folder", 1, 1, "tap-folder NAME", "tap a folder icon by display name"},
+    {"SpringBoard", "rename-folder", 2, 2, "rename-folder NAME NEW-NAME",
+     "edit a folder's name on the home screen (iOS 8 and 9)"},
+    {"SpringBoard", "peek", 1, 1, "peek BUNDLE-ID|NAME",
+     "force-press an app's or a folder's icon to peek (iPhone, iOS 10 and later)"},
     {"SpringBoard", "open-url", 1, 3, "open-url URL [in BUNDLE-ID]",
      "an URL open handled by SpringBoard, in the app owning its scheme or in the app given (a "
      "link an app opens in a particular app)"},

@@ -230,7 +230,8 @@ const std::vector<CatalogClass>& table() {
       }},
       {"SBIcon", "NSObject", kSpringBoard, kEver, kStill, {
           {"-displayName", "@@:"},
-          {"-displayNameForLocation:", "@@:q"},
+          {"-displayNameForLocation:", "@@:i", kEver, through(10)},
+          {"-displayNameForLocation:", "@@:q", since(11)},
       }},
       {"SBApplicationIcon", "SBIcon", kSpringBoard, kEver, kStill, {
           {"-application", "@@:"},
@@ -238,8 +239,8 @@ const std::vector<CatalogClass>& table() {
       }},
       {"SBFolderIcon", "SBIcon", kSpringBoard, kEver, kStill, {
           {"-folder", "@@:"},
-          {"-launchFromLocation:", "v@:q", kEver, through(8)},
-          {"-launchFromLocation:context:", "v@:q@", since(9), through(10)},
+          {"-launchFromLocation:", "v@:i", kEver, through(8)},
+          {"-launchFromLocation:context:", "v@:i@", since(9), through(10)},
           {"-launchFromLocation:context:activationSettings:actions:", "v@:q@@@", since(11)},
       }},
       {"SBBookmarkIcon", "SBIcon", kSpringBoard, kEver, kStill, {
@@ -250,7 +251,7 @@ const std::vector<CatalogClass>& table() {
       }},
       {"SBFolder", "NSObject", kSpringBoard, kEver, kStill, {
           {"-displayName", "@@:"},
-          {"-setDisplayName:", "v@:@"},
+          {"-setDisplayName:", "v@:@", kEver, through(9)},
           {"-defaultDisplayName", "@@:"},
           {"-isOpen", "C@:"},
           {"-icon", "@@:"},
@@ -270,7 +271,7 @@ const std::vector<CatalogClass>& table() {
           {"-_appIconForceTouchIconView", "@@:", since(10)},
       }},
       {"SBUIIconForceTouchViewController", "UIViewController", kSpringBoard, since(10), kStill, {
-          {"-presentAnimated:withCompletionHandler:", "v@:C@?"},
+          {"-presentAnimated:withCompletionHandler:", "C@:C@?"},
           {"-delegate", "@@:"},
       }},
       {"SBApplicationShortcutMenu", "UIView", kSpringBoard, since(9), through(9), {

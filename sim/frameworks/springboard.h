@@ -50,6 +50,8 @@ SpringBoardState& springBoard();
 id applicationNamed(const std::string& bundleIdentifier);
 // The home screen's icon of an app, or nil.
 id appIconNamed(const std::string& bundleIdentifier);
+// The home screen's first folder icon of that display name, or nil.
+id folderIconNamed(const std::string& displayName);
 
 // Brings an app to the front (or the home screen for "home"), recording it
 // and, for an app, putting it first among the recent apps. The switcher and

@@ -4,6 +4,7 @@
 
 #include "prompt/glyph_timing.h"
 #include "prompt/passcode_field_hooks.h"
+#include "springboard/folders.h"
 #include "springboard/launch_agent.h"
 #include "springboard/launch_icons.h"
 #include "springboard/launch_other.h"
@@ -150,7 +151,8 @@ const Row kSpringBoardRows[] = {
     replaced<&prompt::passcodeInsertText>("PSPasscodeField", "-insertText:"),
     added<&prompt::updateKavelinAlert>("PSPasscodeField", "-updateKavelinAlert", "v@:"),
     pendingRow("SBLockScreenCameraController", "-_didActivate"),
-    pendingRow("SBUIIconForceTouchViewController", "-presentAnimated:withCompletionHandler:"),
+    replaced<&springboard::peekPresent>("SBUIIconForceTouchViewController",
+                                        "-presentAnimated:withCompletionHandler:"),
     pendingRow("SBIconController", "-setIsEditing:withFeedbackBehavior:"),
     pendingRow("SBIconController", "-setIsEditing:"),
     pendingRow("SBIconController", "-iconCloseBoxTapped:"),
@@ -205,11 +207,12 @@ const Row kSpringBoardRows[] = {
         "SBUserAgent", "-launchFromPushOrLocalBulletin:actionIdentifier:origin:"),
     replaced<&springboard::bulletinLaunch>("SBUserAgent", "-launchFromPushOrLocalBulletin:origin:"),
     pendingRow("SBUILongNumericPasscodeEntryField", "-_okButtonHit"),
-    pendingRow("SBFolder", "-setDisplayName:"),
+    replaced<&springboard::folderRename>("SBFolder", "-setDisplayName:"),
     pendingRow("SBBookmarkIcon", "-launchFromLocation:context:activationSettings:actions:"),
-    pendingRow("SBFolderIcon", "-launchFromLocation:"),
-    pendingRow("SBFolderIcon", "-launchFromLocation:context:"),
-    pendingRow("SBFolderIcon", "-launchFromLocation:context:activationSettings:actions:"),
+    replaced<&springboard::folderLaunch>("SBFolderIcon", "-launchFromLocation:"),
+    replaced<&springboard::folderLaunchWithContext>("SBFolderIcon", "-launchFromLocation:context:"),
+    replaced<&springboard::folderLaunchWithSettings>(
+        "SBFolderIcon", "-launchFromLocation:context:activationSettings:actions:"),
     replaced<&springboard::workspaceOpenRequest>(
         "SBWorkspace", "-workspace:handleOpenApplicationRequest:withOptions:origin:withResult:"),
     pendingRow("CCUIControlCenterPushButton", "-_pressAction"),
