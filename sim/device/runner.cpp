@@ -103,6 +103,19 @@ const ActionSpec kActions[] = {
      "a developer's change to the frontmost shown view of CLASS, through its own setters: moved, "
      "recoloured (text, glyph or background) or hidden; shows that 'expect looks' sees a look "
      "changed on purpose"},
+    {"SpringBoard", "power-off", 0, 0, "power-off",
+     "the person slides to power off: the power-down screen dims the display, then its "
+     "request reaches SpringBoard"},
+    {"SpringBoard", "reboot", 0, 0, "reboot",
+     "the system asks for a reboot (SpringBoard through iOS 9, its restart manager later)"},
+    {"SpringBoard", "respring-request", 0, 0, "respring-request",
+     "the system asks for a respring, as a settings change does (SpringBoard through iOS 9, "
+     "its restart manager with a reason later)"},
+    {"SpringBoard", "backboard", 1, 1, "backboard restart|other",
+     "SpringBoard sends backboard a set of actions: a restart action, or another one"},
+    {"SpringBoard", "battery", 1, 1, "battery critical|normal",
+     "the battery reaches (or leaves) its critical level; at it the system powers off (also "
+     "the statement 'battery critical|normal')"},
     {"Preferences", "open-pane", 1, 1, "open-pane ID",
      "tap the settings row whose specifier id is ID"},
     {"Camera", "image-well", 1, 1, "image-well tap", "tap the camera's last-photo thumbnail"},
@@ -460,6 +473,17 @@ bool switcherHolds(Runner& r, const Statement& s, std::string* seen) {
   return s.predicateArgs.empty() || wanted == items;
 }
 
+// power off|reboot|respring: the device did it in the current window.
+bool powerHolds(Runner& r, const Statement& s, std::string* seen) {
+  std::string done;
+  for (const Event* e : windowOf(r, "power")) {
+    if (e->details == s.predicateArgs[0]) return true;
+    done += (done.empty() ? "" : ", ") + e->details;
+  }
+  *seen = done.empty() ? "no power action in this window" : "power: " + done;
+  return false;
+}
+
 bool looksHolds(Runner& r, const Statement& s, std::string* seen) {
   return r.looks(s.predicateArgs[0], s.line, seen);
 }
@@ -504,10 +528,10 @@ const std::vector<PredicateSpec>& predicates() {
        logHolds},
       {"pref", 2, -1, "pref KEY JSON",
        "the preference domain holds that value now (pref KEY null: absent)", prefHolds},
-      {"front", 1, 1, "front BUNDLE-ID | front home", "that app is frontmost / the home screen shows",
-       frontHolds},
-      {"launched", 1, 1, "launched BUNDLE-ID", "that app was brought to front in the current window",
-       launchedHolds},
+      {"front", 1, 1, "front BUNDLE-ID | front home",
+       "that app is frontmost / the home screen shows", frontHolds},
+      {"launched", 1, 1, "launched BUNDLE-ID",
+       "that app was brought to front in the current window", launchedHolds},
       {"prompt", 0, 2, "prompt [title \"TEXT\" | message \"TEXT\" | passcode-field]",
        "a Kavelin prompt is visible (with that item line, message or passcode field)", promptHolds},
       {"locked", 0, 0, "locked", "the device is locked", lockedHolds},
@@ -517,6 +541,9 @@ const std::vector<PredicateSpec>& predicates() {
        "the screen now matches the reference picture NAME.png beside the scenario file, within a "
        "few pixels (kavelin-sim run --rewrite-looks writes it instead)",
        looksHolds},
+      {"power", 1, 1, "power off|reboot|respring",
+       "the device powered off, rebooted, or SpringBoard restarted, in the current window",
+       powerHolds},
       {"switcher", 0, -1, "switcher [BUNDLE-ID...]",
        "the app switcher shows (with exactly these items, most recent first)", switcherHolds},
   };
@@ -648,6 +675,7 @@ std::string helpText() {
       "  bundle none|library|bootstrap|both   where the settings bundle is (default library)\n"
       "  extension NAME...       install another extension's library (its .dylib file)\n"
       "  advance SECONDS         virtual time passes (fractions allowed)\n"
+      "  battery critical|normal the battery reaches (or leaves) its critical level\n"
       "  mark                    start a new window for posted, launched, log and sent\n"
       "  snapshot NAME           a picture of the screen now, when the run takes pictures\n"
       "                          (--pictures); otherwise nothing\n"

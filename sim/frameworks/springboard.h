@@ -141,6 +141,7 @@ void defineSpringBoardSwitcher();
 void defineSpringBoardShortcuts();
 void defineSpringBoardLaunchers();
 void defineSpringBoardBiometrics();
+void defineSpringBoardPower();
 void startSpringBoard();
 
 // Methods that modules give the classes several of them share, before
@@ -156,5 +157,7 @@ void addOpenRequests(host::ClassBuilder& mainWorkspace);
 void addSystemOpens(host::ClassBuilder& userAgent);
 void addBulletinLaunches(host::ClassBuilder& userAgent);
 void addForceTouchIconView(host::ClassBuilder& iconController);
+void addPowerActions(host::ClassBuilder& springBoardClass);
+void addBatteryState(host::ClassBuilder& uiController);
 
 }  // namespace kv::sim::frameworks
