@@ -50,6 +50,10 @@ const ActionSpec kActions[] = {
      "the first ARGUMENTS is nil or zero, as in a stored call that carries fewer"},
     {"SpringBoard", "tap", 1, 1, "tap BUNDLE-ID", "tap the app's icon on the home screen"},
     {"SpringBoard", "tap-folder", 1, 1, "tap-folder NAME", "tap a folder icon by display name"},
+    {"SpringBoard", "rename-folder", 2, 2, "rename-folder NAME NEW-NAME",
+     "edit a folder's name on the home screen (iOS 8 and 9)"},
+    {"SpringBoard", "peek", 1, 1, "peek BUNDLE-ID|NAME",
+     "force-press an app's or a folder's icon to peek (iPhone, iOS 10 and later)"},
     {"SpringBoard", "open-url", 1, 3, "open-url URL [in BUNDLE-ID]",
      "an URL open handled by SpringBoard, in the app owning its scheme or in the app given (a "
      "link an app opens in a particular app)"},
@@ -116,6 +120,19 @@ const ActionSpec kActions[] = {
     {"app", "read-reply", 1, 1, "read-reply NAME",
      "the app reads and deletes the reply file of NAME, decoding it with NSKeyedUnarchiver; it "
      "becomes the last reply (none when there is no file)"},
+    {"SpringBoard", "power-off", 0, 0, "power-off",
+     "the person slides to power off: the power-down screen dims the display, then its "
+     "request reaches SpringBoard"},
+    {"SpringBoard", "reboot", 0, 0, "reboot",
+     "the system asks for a reboot (SpringBoard through iOS 9, its restart manager later)"},
+    {"SpringBoard", "respring-request", 0, 0, "respring-request",
+     "the system asks for a respring, as a settings change does (SpringBoard through iOS 9, "
+     "its restart manager with a reason later)"},
+    {"SpringBoard", "backboard", 1, 1, "backboard restart|other",
+     "SpringBoard sends backboard a set of actions: a restart action, or another one"},
+    {"SpringBoard", "battery", 1, 1, "battery critical|normal",
+     "the battery reaches (or leaves) its critical level; at it the system powers off (also "
+     "the statement 'battery critical|normal')"},
     {"Preferences", "open-pane", 1, 1, "open-pane ID",
      "tap the settings row whose specifier id is ID"},
     {"Camera", "image-well", 1, 1, "image-well tap", "tap the camera's last-photo thumbnail"},
@@ -494,6 +511,17 @@ bool switcherHolds(Runner& r, const Statement& s, std::string* seen) {
   return s.predicateArgs.empty() || wanted == items;
 }
 
+// power off|reboot|respring: the device did it in the current window.
+bool powerHolds(Runner& r, const Statement& s, std::string* seen) {
+  std::string done;
+  for (const Event* e : windowOf(r, "power")) {
+    if (e->details == s.predicateArgs[0]) return true;
+    done += (done.empty() ? "" : ", ") + e->details;
+  }
+  *seen = done.empty() ? "no power action in this window" : "power: " + done;
+  return false;
+}
+
 bool looksHolds(Runner& r, const Statement& s, std::string* seen) {
   return r.looks(s.predicateArgs[0], s.line, seen);
 }
@@ -604,10 +632,10 @@ const std::vector<PredicateSpec>& predicates() {
        logHolds},
       {"pref", 2, -1, "pref KEY JSON",
        "the preference domain holds that value now (pref KEY null: absent)", prefHolds},
-      {"front", 1, 1, "front BUNDLE-ID | front home", "that app is frontmost / the home screen shows",
-       frontHolds},
-      {"launched", 1, 1, "launched BUNDLE-ID", "that app was brought to front in the current window",
-       launchedHolds},
+      {"front", 1, 1, "front BUNDLE-ID | front home",
+       "that app is frontmost / the home screen shows", frontHolds},
+      {"launched", 1, 1, "launched BUNDLE-ID",
+       "that app was brought to front in the current window", launchedHolds},
       {"prompt", 0, 2, "prompt [title \"TEXT\" | message \"TEXT\" | passcode-field]",
        "a Kavelin prompt is visible (with that item line, message or passcode field)", promptHolds},
       {"locked", 0, 0, "locked", "the device is locked", lockedHolds},
@@ -626,6 +654,9 @@ const std::vector<PredicateSpec>& predicates() {
        alertHolds},
       {"file", 1, 2, "file PATH [exists]", "that file exists on the device", fileHolds},
       {"running", 1, 1, "running PROCESS", "the process is alive", runningHolds},
+      {"power", 1, 1, "power off|reboot|respring",
+       "the device powered off, rebooted, or SpringBoard restarted, in the current window",
+       powerHolds},
       {"switcher", 0, -1, "switcher [BUNDLE-ID...]",
        "the app switcher shows (with exactly these items, most recent first)", switcherHolds},
   };
@@ -780,6 +811,7 @@ std::string helpText() {
       "  bundle none|library|bootstrap|both   where the settings bundle is (default library)\n"
       "  extension NAME...       install another extension's library (its .dylib file)\n"
       "  advance SECONDS         virtual time passes (fractions allowed)\n"
+      "  battery critical|normal the battery reaches (or leaves) its critical level\n"
       "  mark                    start a new window for posted, launched, log and sent\n"
       "  snapshot NAME           a picture of the screen now, when the run takes pictures\n"
       "                          (--pictures); otherwise nothing\n"

@@ -384,6 +384,21 @@ std::string parseDeviceWords(const Verb& verb, const Line& line, Statement& st, 
   return {};
 }
 
+// battery critical|normal: SpringBoard hears of the battery's level, as
+// its "battery" action.
+std::string parseBattery(const Verb& verb, const Line& line, Statement& st, Context&) {
+  if (std::string error = arity(verb, line, 1, 1); !error.empty()) return error;
+  if (line.word(1) != "critical" && line.word(1) != "normal") {
+    return usageError(verb, "unknown level '" + line.word(1) + "'");
+  }
+  st.kind = Kind::kAction;
+  st.process = "SpringBoard";
+  st.action = "battery";
+  st.args = {line.word(1)};
+  st.rest = line.word(1);
+  return {};
+}
+
 std::string parseMark(const Verb& verb, const Line& line, Statement&, Context&) {
   return arity(verb, line, 0, 0);
 }
@@ -430,6 +445,7 @@ constexpr Verb kVerbs[] = {
     {"bundle", Kind::kBundle, "bundle none|library|bootstrap|both", parseDeviceWords},
     {"extension", Kind::kExtension, "extension NAME...", parseDeviceWords},
     {"snapshot", Kind::kSnapshot, "snapshot NAME", parseSnapshot},
+    {"battery", Kind::kAction, "battery critical|normal", parseBattery},
 };
 
 // Parses `PROCESS: ACTION [ARGS]`, whose first word ends with a colon.

@@ -230,7 +230,8 @@ const std::vector<CatalogClass>& table() {
       }},
       {"SBIcon", "NSObject", kSpringBoard, kEver, kStill, {
           {"-displayName", "@@:"},
-          {"-displayNameForLocation:", "@@:q"},
+          {"-displayNameForLocation:", "@@:i", kEver, through(10)},
+          {"-displayNameForLocation:", "@@:q", since(11)},
       }},
       {"SBApplicationIcon", "SBIcon", kSpringBoard, kEver, kStill, {
           {"-application", "@@:"},
@@ -238,8 +239,8 @@ const std::vector<CatalogClass>& table() {
       }},
       {"SBFolderIcon", "SBIcon", kSpringBoard, kEver, kStill, {
           {"-folder", "@@:"},
-          {"-launchFromLocation:", "v@:q", kEver, through(8)},
-          {"-launchFromLocation:context:", "v@:q@", since(9), through(10)},
+          {"-launchFromLocation:", "v@:i", kEver, through(8)},
+          {"-launchFromLocation:context:", "v@:i@", since(9), through(10)},
           {"-launchFromLocation:context:activationSettings:actions:", "v@:q@@@", since(11)},
       }},
       {"SBBookmarkIcon", "SBIcon", kSpringBoard, kEver, kStill, {
@@ -250,7 +251,7 @@ const std::vector<CatalogClass>& table() {
       }},
       {"SBFolder", "NSObject", kSpringBoard, kEver, kStill, {
           {"-displayName", "@@:"},
-          {"-setDisplayName:", "v@:@"},
+          {"-setDisplayName:", "v@:@", kEver, through(9)},
           {"-defaultDisplayName", "@@:"},
           {"-isOpen", "C@:"},
           {"-icon", "@@:"},
@@ -270,7 +271,7 @@ const std::vector<CatalogClass>& table() {
           {"-_appIconForceTouchIconView", "@@:", since(10)},
       }},
       {"SBUIIconForceTouchViewController", "UIViewController", kSpringBoard, since(10), kStill, {
-          {"-presentAnimated:withCompletionHandler:", "v@:C@?"},
+          {"-presentAnimated:withCompletionHandler:", "C@:C@?"},
           {"-delegate", "@@:"},
       }},
       {"SBApplicationShortcutMenu", "UIView", kSpringBoard, since(9), through(9), {
@@ -349,13 +350,13 @@ const std::vector<CatalogClass>& table() {
           {"-applicationOpenURL:withApplication:sender:publicURLsOnly:animating:needsPermission:"
            "activationContext:activationHandler:", "v@:@@@CCC@@?", since(11)},
           {"-frontDisplayDidChange:", "v@:@"},
-          {"-powerDown", "v@:"},
+          {"-powerDown", "v@:", kEver, through(9)},
           {"-_powerDownNow", "v@:", kEver, through(9)},
           {"-powerDownRequested:", "v@:@", since(10)},
-          {"-reboot", "v@:"},
-          {"-_rebootNow", "v@:", kEver, through(9)},
-          {"-_rebootNow:", "v@:@", since(10)},
-          {"-relaunchSpringBoard", "v@:"},
+          {"-reboot", "v@:", kEver, through(9)},
+          {"-_rebootNow", "v@:", kEver, through(8)},
+          {"-_rebootNow:", "v@:@", since(9), through(9)},
+          {"-relaunchSpringBoard", "v@:", kEver, through(9)},
           {"-_relaunchSpringBoardNow", "v@:"},
           {"-_lockButtonDownFromSource:", "v@:q", kEver, through(9)},
           {"-_lockButtonUpFromSource:", "v@:q", kEver, through(9)},
@@ -462,14 +463,14 @@ const std::vector<CatalogClass>& table() {
       {"FBSystemService", "NSObject", kSpringBoard, since(8), kStill, {
           {"+sharedInstance", "@@:"},
           {"-delegate", "@@:"},
-          {"-shutdownWithOptions:", "v@:Q"},
+          {"-shutdownWithOptions:", "v@:Q", since(9)},
           {"-shutdownAndReboot:", "v@:C"},
           {"-exitAndRelaunch:", "v@:C"},
       }},
       {"BKSRestartAction", "NSObject", kSpringBoard, kEver, kStill, {}},
       {"SBPowerDownController", "UIViewController", kSpringBoard, kEver, kStill, {
           {"-powerDown", "v@:"},
-          {"-powerDownViewRequestPowerDown:", "v@:@", since(11)},
+          {"-powerDownViewRequestPowerDown:", "v@:@"},
       }},
       {"SBRestartManager", "NSObject", kSpringBoard, since(10), kStill, {
           {"-restartWithTransitionRequest:", "v@:@"},

@@ -147,10 +147,10 @@ void openFolderOf(id icon) {
   springBoard().openFolder = stateOf<FolderState>(folder).displayName;
   host::logEvent("folder", "opened " + springBoard().openFolder);
 }
-void folderLaunch(id self, SEL, long) {
+void folderLaunch(id self, SEL, int) {
   openFolderOf(self);
 }
-void folderLaunchContext(id self, SEL, long, id) {
+void folderLaunchContext(id self, SEL, int, id) {
   openFolderOf(self);
 }
 void folderLaunchSettings(id self, SEL, long, id, id, id) {
@@ -252,9 +252,9 @@ void iconTapped(id, SEL, id icon) {
       send<void>(icon, Sel("launchFromLocation:context:activationSettings:actions:"), 0L,
                  id{nullptr}, id{nullptr}, id{nullptr});
     } else if (atLeast(9)) {
-      send<void>(icon, Sel("launchFromLocation:context:"), 0L, id{nullptr});
+      send<void>(icon, Sel("launchFromLocation:context:"), 0, id{nullptr});
     } else {
-      send<void>(icon, Sel("launchFromLocation:"), 0L);
+      send<void>(icon, Sel("launchFromLocation:"), 0);
     }
     return;
   }
@@ -286,13 +286,30 @@ Value tapAction(const host::ActionRequest& request, std::string* error) {
 
 Value tapFolderAction(const host::ActionRequest& request, std::string* error) {
   if (!homeScreenShows(error)) return {};
-  for (auto& icon : folderIcons()) {
-    if (platform::toString(iconDisplayName(icon.get(), nullptr)) == request.args[0]) {
-      send<void>(sharedOf("SBIconController"), Sel("iconTapped:"), icon.get());
-      return {};
-    }
+  if (id icon = folderIconNamed(request.args[0])) {
+    send<void>(sharedOf("SBIconController"), Sel("iconTapped:"), icon);
+    return {};
   }
   *error = "no folder named " + request.args[0];
+  return {};
+}
+
+// rename-folder NAME NEW-NAME: the folder's name edited on the home screen
+// ends in the folder's own setter.
+Value renameFolderAction(const host::ActionRequest& request, std::string* error) {
+  if (!homeScreenShows(error)) return {};
+  id icon = folderIconNamed(request.args[0]);
+  if (icon == nullptr) {
+    *error = "no folder named " + request.args[0];
+    return {};
+  }
+  id folder = stateOf<IconState>(icon).folder.get();
+  if (!platform::respondsTo(folder, Sel("setDisplayName:"))) {
+    *error = "folders here have no -setDisplayName: (iOS 8 and 9)";
+    return {};
+  }
+  host::logEvent("folder", "editing the name of " + request.args[0]);
+  send<void>(folder, Sel("setDisplayName:"), platform::makeString(request.args[1]));
   return {};
 }
 
@@ -331,10 +348,10 @@ void menuButtonUp(id, SEL, id) {
 }
 
 void defineIcons() {
-  ClassBuilder("SBIcon", "NSObject")
-      .instance("displayName", imp(iconDisplayName), "@@:")
-      .instance("displayNameForLocation:", imp(iconDisplayNameForLocation), "@@:q")
-      .build();
+  ClassBuilder icon("SBIcon", "NSObject");
+  icon.instance("displayName", imp(iconDisplayName), "@@:");
+  addCatalogued(icon, "-displayNameForLocation:", imp(iconDisplayNameForLocation));
+  icon.build();
   ClassBuilder("SBApplicationIcon", "SBIcon")
       .instance("application", imp(iconApplication), "@@:")
       .instance("applicationBundleID", imp(iconBundleID), "@@:")
@@ -345,14 +362,14 @@ void defineIcons() {
     folderIconClass.instance("launchFromLocation:context:activationSettings:actions:",
                              imp(folderLaunchSettings), "v@:q@@@");
   } else if (atLeast(9)) {
-    folderIconClass.instance("launchFromLocation:context:", imp(folderLaunchContext), "v@:q@");
+    folderIconClass.instance("launchFromLocation:context:", imp(folderLaunchContext), "v@:i@");
   } else {
-    folderIconClass.instance("launchFromLocation:", imp(folderLaunch), "v@:q");
+    folderIconClass.instance("launchFromLocation:", imp(folderLaunch), "v@:i");
   }
   folderIconClass.build();
-  ClassBuilder("SBFolder", "NSObject")
-      .instance("displayName", imp(folderDisplayName), "@@:")
-      .instance("setDisplayName:", imp(folderSetDisplayName), "v@:@")
+  ClassBuilder folderClass("SBFolder", "NSObject");
+  addCatalogued(folderClass, "-setDisplayName:", imp(folderSetDisplayName));
+  folderClass.instance("displayName", imp(folderDisplayName), "@@:")
       .instance("defaultDisplayName", imp(folderDefaultDisplayName), "@@:")
       .instance("isOpen", imp(folderIsOpen), "C@:")
       .instance("icon", imp(folderIcon), "@@:")
@@ -398,6 +415,13 @@ id appIconNamed(const std::string& bundleIdentifier) {
   for (auto& icon : appIcons()) {
     if (platform::toString(iconBundleID(icon.get(), nullptr)) == bundleIdentifier)
       return icon.get();
+  }
+  return nullptr;
+}
+
+id folderIconNamed(const std::string& displayName) {
+  for (auto& icon : folderIcons()) {
+    if (platform::toString(iconDisplayName(icon.get(), nullptr)) == displayName) return icon.get();
   }
   return nullptr;
 }
@@ -449,6 +473,7 @@ void defineSpringBoardApps() {
   makeHomeScreen();
   host::registerAction("tap", tapAction);
   host::registerAction("tap-folder", tapFolderAction);
+  host::registerAction("rename-folder", renameFolderAction);
   host::registerAction("home", homeAction);
   host::registerQuery(
       "front", [](const std::vector<std::string>&) { return Value::string(springBoard().front); });

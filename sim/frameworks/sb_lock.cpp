@@ -2,6 +2,8 @@
 // version (SBLockHardwareButton on iOS 11, SpringBoard's own handlers before),
 // the backlight, the device-lock and managed-configuration queries, Wi-Fi,
 // and the "lock", "unlock" and "screen" actions.
+#include <cstdio>
+
 #include "platform/blocks.h"
 #include "platform/foundation.h"
 #include "platform/functions.h"
@@ -74,6 +76,14 @@ void setScreen(bool on, long source) {
 }
 void applyBacklight(float factor) {
   bool on = factor > 0;
+  // The level of a lit screen: the user's, dimmed, or full for a prompt.
+  static float level = 1.0f;
+  if (on && factor != level) {
+    level = factor;
+    char text[16];
+    std::snprintf(text, sizeof text, "%.2f", factor);
+    host::logEvent("backlight", text);
+  }
   if (springBoard().screenOn == on) return;
   springBoard().screenOn = on;
   noteScreenChanged();

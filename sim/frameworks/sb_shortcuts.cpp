@@ -80,12 +80,18 @@ id forceTouchIconView(id self, SEL) {
   return slot == nullptr ? nullptr : *slot;
 }
 
-// A new menu-like object of `cls` for `bundle`'s icon, with its items.
+// A new menu-like object of `cls` for `bundle`'s icon, with its items (a
+// folder's peek, named by the folder, has none).
 id newMenu(Class cls, const std::string& bundle, bool isView) {
   id menu = isView ? newView(class_getName(cls), CGRect{}) : host::newObject(cls);
   auto& state = stateOf<MenuState>(menu);
   state.bundle = bundle;
   state.icon = Retained(appIconNamed(bundle));
+  if (!state.icon) {
+    state.icon = Retained(folderIconNamed(bundle));
+    madeMenus().push_back(Retained::adopt(menu));
+    return menu;
+  }
   for (const auto& s : kShortcuts) {
     Retained item =
         Retained::adopt(host::newObject(platform::classNamed("SBSApplicationShortcutItem")));
@@ -117,9 +123,10 @@ void menuActivateItem(id self, SEL, id, id item, long) {
 
 // -[SBUIIconForceTouchViewController presentAnimated:withCompletionHandler:]
 // (iOS 10 on): the pressed icon's menu shows.
-void forceTouchPresent(id self, SEL, BOOL, id completion) {
+BOOL forceTouchPresent(id self, SEL, BOOL, id completion) {
   showMenu(self);
   platform::callBlock<void(id)>(completion, id{nullptr});
+  return 1;
 }
 
 // From iOS 10 a chosen item asks for the app from the shortcut origin.
@@ -129,6 +136,8 @@ void pickFromForceTouch(id controller, id item) {
   closeShortcutMenu();
   requestOpenApplication({bundle, false, kShortcutOrigin});
 }
+
+void presentForceTouch(const std::string& name);
 
 }  // namespace
 
@@ -146,21 +155,49 @@ bool forceTouchIcon(const std::string& bundle, std::string* error) {
     showMenu(newMenu(platform::classNamed("SBApplicationShortcutMenu"), bundle, true));
     return true;
   }
-  id view = newMenu(platform::classNamed("SBIconView"), bundle, true);
-  id controllerOwner = sharedOf("SBIconController");
-  if (auto* slot = static_cast<id*>(platform::ivarAddress(controllerOwner, kForceTouchIconView))) {
-    *slot = view;  // kept alive by madeMenus
-  }
-  id controller = newMenu(platform::classNamed("SBUIIconForceTouchViewController"), bundle, false);
-  ReplyBlock presented("shortcut menu of " + bundle);
-  send<void>(controller, Sel("presentAnimated:withCompletionHandler:"), BOOL{1}, presented.get());
+  presentForceTouch(bundle);
   return true;
 }
 
 namespace {
 
+// The force-touch controller of iOS 10 and later over the icon of `name`
+// (an app's bundle identifier or a folder's name): the icon controller
+// holds the pressed icon's view, then the controller presents.
+void presentForceTouch(const std::string& name) {
+  id view = newMenu(platform::classNamed("SBIconView"), name, true);
+  id controllerOwner = sharedOf("SBIconController");
+  if (auto* slot = static_cast<id*>(platform::ivarAddress(controllerOwner, kForceTouchIconView))) {
+    *slot = view;  // kept alive by madeMenus
+  }
+  id controller = newMenu(platform::classNamed("SBUIIconForceTouchViewController"), name, false);
+  ReplyBlock presented("shortcut menu of " + name);
+  send<BOOL>(controller, Sel("presentAnimated:withCompletionHandler:"), BOOL{1}, presented.get());
+}
+
 Value forceTouchAction(const host::ActionRequest& request, std::string* error) {
   forceTouchIcon(request.args[0], error);
+  return {};
+}
+
+// peek BUNDLE-ID|NAME: a force press on an app's or a folder's icon, which
+// from iOS 10 presents the force-touch controller.
+Value peekAction(const host::ActionRequest& request, std::string* error) {
+  const std::string& name = request.args[0];
+  if (!cataloguedHere("SBUIIconForceTouchViewController") || system().ipad) {
+    *error = "no peek on this device (an iPhone with iOS 10 or later)";
+    return {};
+  }
+  if (appIconNamed(name) != nullptr) {
+    forceTouchIcon(name, error);
+    return {};
+  }
+  if (springBoard().locked || !springBoard().screenOn || folderIconNamed(name) == nullptr) {
+    *error = "no icon of " + name + " to press";
+    return {};
+  }
+  closeShortcutMenu();
+  presentForceTouch(name);
   return {};
 }
 
@@ -228,6 +265,7 @@ void defineSpringBoardShortcuts() {
   addCatalogued(controller, "-delegate", imp(controllerDelegate));
   if (cataloguedHere("SBUIIconForceTouchViewController")) controller.build();
   host::registerAction("force-touch", forceTouchAction);
+  host::registerAction("peek", peekAction);
   host::registerAction("shortcut", shortcutAction);
 }
 

@@ -24,6 +24,7 @@ void defineSharedClasses() {
   ui.classMethod("sharedInstance", imp(sharedInstanceOf), "@@:");
   addActivations(ui);
   addSwitcherControls(ui);
+  addBatteryState(ui);
   ui.build();
 
   if (cataloguedHere("SBMainWorkspace")) {
@@ -41,11 +42,13 @@ void defineSharedClasses() {
     userAgent.build();
   }
 
-  ClassBuilder application("SpringBoard", "UIApplication");
+  // SpringBoard is FrontBoard's system app.
+  ClassBuilder application("SpringBoard", "FBSystemApp");
   addHomeButton(application);
   addLockButtons(application);
   addURLOpens(application);
   addApplicationLaunch(application);
+  addPowerActions(application);
   application.build();
 }
 
@@ -61,6 +64,7 @@ void defineSpringBoard() {
   defineSpringBoardSwitcher();
   defineSpringBoardShortcuts();
   defineSpringBoardLaunchers();
+  defineSpringBoardPower();
   defineSharedClasses();
   defineSpringBoardBiometrics();
 }

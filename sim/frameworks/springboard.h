@@ -50,6 +50,8 @@ SpringBoardState& springBoard();
 id applicationNamed(const std::string& bundleIdentifier);
 // The home screen's icon of an app, or nil.
 id appIconNamed(const std::string& bundleIdentifier);
+// The home screen's first folder icon of that display name, or nil.
+id folderIconNamed(const std::string& displayName);
 
 // Brings an app to the front (or the home screen for "home"), recording it
 // and, for an app, putting it first among the recent apps. The switcher and
@@ -142,6 +144,7 @@ void defineSpringBoardSwitcher();
 void defineSpringBoardShortcuts();
 void defineSpringBoardLaunchers();
 void defineSpringBoardBiometrics();
+void defineSpringBoardPower();
 void startSpringBoard();
 
 // Methods that modules give the classes several of them share, before
@@ -157,5 +160,7 @@ void addOpenRequests(host::ClassBuilder& mainWorkspace);
 void addSystemOpens(host::ClassBuilder& userAgent);
 void addBulletinLaunches(host::ClassBuilder& userAgent);
 void addForceTouchIconView(host::ClassBuilder& iconController);
+void addPowerActions(host::ClassBuilder& springBoardClass);
+void addBatteryState(host::ClassBuilder& uiController);
 
 }  // namespace kv::sim::frameworks

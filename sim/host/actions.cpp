@@ -153,7 +153,14 @@ Value sendAction(const ActionRequest& request, std::string* error) {
     return {};
   }
   id target = platform::asId(cls);
-  if (shared) target = send<id>(target, Sel("sharedInstance"));
+  if (shared) {
+    // The application object's shared instance is its shared application.
+    const char* accessor = platform::respondsTo(target, Sel("sharedInstance"))
+                               ? "sharedInstance"
+                               : "sharedApplication";
+    target =
+        platform::respondsTo(target, Sel(accessor)) ? send<id>(target, Sel(accessor)) : nullptr;
+  }
   SEL sel = platform::selector(selectorName.c_str());
   if (target == nullptr || !platform::respondsTo(target, sel)) {
     *error = request.args[0] + " does not respond to " + selectorName;

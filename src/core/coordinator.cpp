@@ -118,6 +118,8 @@ void dropPromptState() {
   s.pendingURL.reset();
   s.lastAuthenticationTime = 0;
   s.lockAfterCancel = false;
+  s.powerActionPending = false;
+  s.powerDownController.reset();
 }
 
 }  // namespace
@@ -247,6 +249,8 @@ void succeed() {
     s.pendingURL.reset();
     replay(std::move(s.urlInvocation), Replaying::kUrlOpen);
   }
+  s.powerActionPending = false;
+  s.powerDownController.reset();
   // 7. The sensor goes back to the lock screen.
   if (biometricsInUse()) endMatchingAfterSuccess();
   // 8. The session, and whether it lasts.
@@ -278,10 +282,13 @@ void cleanupAlertAndRemoveObserver() {
   s.hasVisibleAlert = false;
   // 3. The sensor goes back.
   if (biometricsInUse()) endMatchingAfterCancel();
-  // 4. Nothing held back outlives the prompt.
+  // 4. Nothing held back outlives the prompt; the power-down screen it
+  // covered goes with it, after the brightness comes back.
+  Retained powerDownScreen = std::move(s.powerDownController);
   dropPromptState();
   // 5. The screen as it was; other processes drop their requests.
   restoreBacklight();
+  if (powerDownScreen) sendIfResponds(powerDownScreen.get(), Sel("cancel"));
   settings::post(Note::kAlertCancelled);
 }
 

@@ -43,9 +43,10 @@ Retained folderLaunch(id icon) {
     invocation = platform::invocationOf(icon, kWithSettings, kHomeScreenLocation, id{nullptr},
                                         id{nullptr}, id{nullptr});
   } else if (platform::respondsTo(icon, kWithContext)) {
-    invocation = platform::invocationOf(icon, kWithContext, kHomeScreenLocation, id{nullptr});
+    // The older launches take the location as an int.
+    invocation = platform::invocationOf(icon, kWithContext, int{kHomeScreenLocation}, id{nullptr});
   } else {
-    invocation = platform::invocationOf(icon, kPlain, kHomeScreenLocation);
+    invocation = platform::invocationOf(icon, kPlain, int{kHomeScreenLocation});
   }
   return invocation;
 }

@@ -27,6 +27,8 @@ struct CoordinatorState {
   int failedAttempts = 0;
   double lastAuthenticationTime = 0;  // absolute time of the last success; 0 after cleanup
   float savedBacklightFactor = 0;     // the brightness to give back when the prompt ends
+  bool powerActionPending = false;    // the held-back call powers off, reboots or resprings
+  platform::Retained powerDownController;  // its power-down screen, closed on cancel
   bool languageRestartAllowed = false;
 
   // ---- Objects borrowed for one prompt ----

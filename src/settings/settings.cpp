@@ -206,6 +206,11 @@ void disableExperimentalAlert() {
 }
 
 void storeProtectedFolders(std::vector<std::string> folders) {
+  {
+    // What the settings pane wrote last is read in before the list goes over it.
+    platform::AutoreleasePool pool;
+    CFPreferencesAppSynchronize(platform::cf(domainName()));
+  }
   write("protectedFolders", platform::makeStringList(folders));
   snapshot().protectedFolders = std::move(folders);
 }

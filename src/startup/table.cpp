@@ -5,11 +5,13 @@
 #include "core/identities.h"
 #include "prompt/glyph_timing.h"
 #include "prompt/passcode_field_hooks.h"
+#include "springboard/folders.h"
 #include "springboard/launch_agent.h"
 #include "springboard/launch_icons.h"
 #include "springboard/launch_other.h"
 #include "springboard/launch_urls.h"
 #include "springboard/launch_workspace.h"
+#include "springboard/system_power.h"
 #include "startup/additions.h"
 #include "startup/second_stage.h"
 
@@ -97,9 +99,9 @@ const Row kSpringBoardIOS11Rows[] = {
                "-_previewInteraction:viewControllerPresentationForPresentingViewController:"),
     pendingRow("CCUIButtonModuleView", "-touchesEnded:withEvent:"),
     pendingRow("CCUIRoundButton", "-touchesEnded:withEvent:"),
-    pendingRow("FBSystemService", "-shutdownWithOptions:"),
-    pendingRow("FBSystemService", "-shutdownAndReboot:"),
-    pendingRow("FBSystemService", "-exitAndRelaunch:"),
+    replaced<&springboard::serviceShutdown>("FBSystemService", "-shutdownWithOptions:"),
+    replaced<&springboard::serviceReboot>("FBSystemService", "-shutdownAndReboot:"),
+    replaced<&springboard::serviceRelaunch>("FBSystemService", "-exitAndRelaunch:"),
     pendingRow("SBUIBiometricResource", "-isMatchingEnabled"),
     pendingRow("SBUIBiometricResource", "-isMatchingAllowed"),
     pendingRow("SBUIBiometricResource", "-hasBiometricAuthenticationCapabilityEnabled"),
@@ -151,7 +153,8 @@ const Row kSpringBoardRows[] = {
     replaced<&prompt::passcodeInsertText>("PSPasscodeField", "-insertText:"),
     added<&prompt::updateKavelinAlert>("PSPasscodeField", "-updateKavelinAlert", "v@:"),
     pendingRow("SBLockScreenCameraController", "-_didActivate"),
-    pendingRow("SBUIIconForceTouchViewController", "-presentAnimated:withCompletionHandler:"),
+    replaced<&springboard::peekPresent>("SBUIIconForceTouchViewController",
+                                        "-presentAnimated:withCompletionHandler:"),
     pendingRow("SBIconController", "-setIsEditing:withFeedbackBehavior:"),
     pendingRow("SBIconController", "-setIsEditing:"),
     pendingRow("SBIconController", "-iconCloseBoxTapped:"),
@@ -173,17 +176,19 @@ const Row kSpringBoardRows[] = {
     pendingRow("SBLockScreenManager", "-lockUIFromSource:withOptions:"),
     pendingRow("SBLockHardwareButton", "-singlePress:"),
     pendingRow("SBUIBiometricEventMonitor", "-init"),
-    pendingRow("SBPowerDownController", "-powerDownViewRequestPowerDown:"),
-    pendingRow("SBPowerDownController", "-powerDown"),
-    pendingRow("FBSystemApp", "-sendActionsToBackboard:"),
-    pendingRow("SBRestartManager", "-restartWithTransitionRequest:"),
-    pendingRow("SBRestartManager", "-shutdownForReason:"),
-    pendingRow("SBRestartManager", "-rebootForReason:"),
-    pendingRow("SpringBoard", "-powerDown"),
-    pendingRow("SpringBoard", "-reboot"),
-    pendingRow("SpringBoard", "-_rebootNow"),
-    pendingRow("SpringBoard", "-_rebootNow:"),
-    pendingRow("SpringBoard", "-relaunchSpringBoard"),
+    replaced<&springboard::powerDownViewRequest>("SBPowerDownController",
+                                                 "-powerDownViewRequestPowerDown:"),
+    replaced<&springboard::powerDownControllerPowerDown>("SBPowerDownController", "-powerDown"),
+    replaced<&springboard::sendActionsToBackboard>("FBSystemApp", "-sendActionsToBackboard:"),
+    replaced<&springboard::restartWithRequest>("SBRestartManager",
+                                               "-restartWithTransitionRequest:"),
+    replaced<&springboard::shutdownForReason>("SBRestartManager", "-shutdownForReason:"),
+    replaced<&springboard::rebootForReason>("SBRestartManager", "-rebootForReason:"),
+    replaced<&springboard::springBoardPowerDown>("SpringBoard", "-powerDown"),
+    replaced<&springboard::springBoardReboot>("SpringBoard", "-reboot"),
+    replaced<&springboard::springBoardRebootNow>("SpringBoard", "-_rebootNow"),
+    replaced<&springboard::springBoardRebootNowWith>("SpringBoard", "-_rebootNow:"),
+    replaced<&springboard::springBoardRelaunch>("SpringBoard", "-relaunchSpringBoard"),
     pendingRow("SpringBoard", "-_menuButtonDown:"),
     pendingRow("SpringBoard", "-_menuButtonUp:"),
     replaced<&springboard::applicationOpenURL>(
@@ -206,11 +211,12 @@ const Row kSpringBoardRows[] = {
         "SBUserAgent", "-launchFromPushOrLocalBulletin:actionIdentifier:origin:"),
     replaced<&springboard::bulletinLaunch>("SBUserAgent", "-launchFromPushOrLocalBulletin:origin:"),
     pendingRow("SBUILongNumericPasscodeEntryField", "-_okButtonHit"),
-    pendingRow("SBFolder", "-setDisplayName:"),
+    replaced<&springboard::folderRename>("SBFolder", "-setDisplayName:"),
     pendingRow("SBBookmarkIcon", "-launchFromLocation:context:activationSettings:actions:"),
-    pendingRow("SBFolderIcon", "-launchFromLocation:"),
-    pendingRow("SBFolderIcon", "-launchFromLocation:context:"),
-    pendingRow("SBFolderIcon", "-launchFromLocation:context:activationSettings:actions:"),
+    replaced<&springboard::folderLaunch>("SBFolderIcon", "-launchFromLocation:"),
+    replaced<&springboard::folderLaunchWithContext>("SBFolderIcon", "-launchFromLocation:context:"),
+    replaced<&springboard::folderLaunchWithSettings>(
+        "SBFolderIcon", "-launchFromLocation:context:activationSettings:actions:"),
     replaced<&springboard::workspaceOpenRequest>(
         "SBWorkspace", "-workspace:handleOpenApplicationRequest:withOptions:origin:withResult:"),
     pendingRow("CCUIControlCenterPushButton", "-_pressAction"),
@@ -222,7 +228,7 @@ const Row kSpringBoardRows[] = {
     pendingRow("SBAssistantController", "-activatePluginForEvent:"),
     pendingRow("SBAssistantController", "-activatePluginForEvent:eventSource:context:"),
     pendingRow("SBSwitchAppList", "-_bundleIDShouldBeRepresentedInList:"),
-    pendingRow("SBUIController", "-updateBatteryState:"),
+    replaced<&springboard::updateBatteryState>("SBUIController", "-updateBatteryState:"),
     replaced<&springboard::activateFromIcon>("SBUIController",
                                              "-activateApplication:fromIcon:location:"),
     replaced<&springboard::activateAnimated>("SBUIController", "-activateApplicationAnimated:"),

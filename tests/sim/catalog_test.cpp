@@ -212,8 +212,8 @@ TEST(CatalogTest, ClassesOwnOrInheritWhatTheyDoOnTheDevice) {
        {"_okButtonHit"},
        {"layoutSubviews", "touchesEnded:withEvent:"}},
       {"SpringBoard",
-       "UIApplication",
-       {"powerDown", "_lockButtonUp:fromSource:", "_handleGotoHomeScreenShortcut:",
+       "FBSystemApp",
+       {"powerDownRequested:", "_lockButtonUp:fromSource:", "_handleGotoHomeScreenShortcut:",
         "launchApplicationWithIdentifier:suspended:"},
        {"applicationDidResume", "isSuspended"}},
   };
