@@ -75,14 +75,13 @@ id secondaryForStyle(id, SEL, Integer style, Integer) {
   return makeColor(colorsFor(style).secondary);
 }
 
-// Takes the style's colours from the class, so that its replacements count.
+// Takes the style's colours from the glyph itself, so that replacements count.
 void applyStyle(id self, Integer style) {
   glyph(self).style = style;
-  id cls = platform::asId(object_getClass(self));
   send<void>(self, Sel("_setPrimaryColor:animated:"),
-             send<id>(cls, Sel("_primaryColorForStyle:mode:"), style, Integer{0}), BOOL{0});
+             send<id>(self, Sel("_primaryColorForStyle:mode:"), style, Integer{0}), BOOL{0});
   send<void>(self, Sel("_setSecondaryColor:animated:"),
-             send<id>(cls, Sel("_secondaryColorForStyle:mode:"), style, Integer{0}), BOOL{0});
+             send<id>(self, Sel("_secondaryColorForStyle:mode:"), style, Integer{0}), BOOL{0});
 }
 
 id fingerprintInitWithFrame(id self, SEL cmd, CGRect frame) {
@@ -179,9 +178,9 @@ ClassBuilder& addGlyphMethods(ClassBuilder& cls) {
       .instance("setSecondaryColor:", imp(setSecondaryColor), "v@:@")
       .instance("_setPrimaryColor:animated:", imp(setPrimaryColorAnimated), "v@:@C")
       .instance("_setSecondaryColor:animated:", imp(setSecondaryColorAnimated), "v@:@C")
-      .classMethod("_primaryColorForStyle:mode:", imp(primaryForStyle),
+      .instance("_primaryColorForStyle:mode:", imp(primaryForStyle),
                    typesOf(primaryForStyle).c_str())
-      .classMethod("_secondaryColorForStyle:mode:", imp(secondaryForStyle),
+      .instance("_secondaryColorForStyle:mode:", imp(secondaryForStyle),
                    typesOf(secondaryForStyle).c_str());
 }
 

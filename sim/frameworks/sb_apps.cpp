@@ -86,7 +86,7 @@ BOOL iconLaunchWithContext(id self, SEL, id, long, id, id, id) {
 }
 // The icon launch of older systems: SpringBoard's UI controller activates,
 // with the icon where it takes one (iOS 9).
-BOOL iconLaunch(id self, SEL, id icon, long location) {
+BOOL iconLaunch(id self, SEL, id icon, int location) {
   id ui = sharedOf("SBUIController");
   if (platform::respondsTo(ui, Sel("activateApplication:fromIcon:location:"))) {
     send<void>(ui, Sel("activateApplication:fromIcon:location:"), self, icon, location);
@@ -137,7 +137,7 @@ void launchAppIcon(id icon, long location) {
     send<BOOL>(app, Sel("icon:launchFromLocation:context:activationSettings:actions:"), icon,
                location, id{nullptr}, id{nullptr}, id{nullptr});
   } else {
-    send<BOOL>(app, Sel("icon:launchFromLocation:"), icon, location);
+    send<BOOL>(app, Sel("icon:launchFromLocation:"), icon, static_cast<int>(location));
   }
 }
 
@@ -316,8 +316,8 @@ Value renameFolderAction(const host::ActionRequest& request, std::string* error)
 // The home button: down, then up, through SpringBoard's own handlers.
 Value homeAction(const host::ActionRequest&, std::string*) {
   id app = sharedOf("SpringBoard");
-  send<void>(app, Sel("_menuButtonDown:"), id{nullptr});
-  send<void>(app, Sel("_menuButtonUp:"), id{nullptr});
+  send<void>(app, Sel("_menuButtonDown:"), static_cast<void*>(nullptr));
+  send<void>(app, Sel("_menuButtonUp:"), static_cast<void*>(nullptr));
   return {};
 }
 
@@ -325,12 +325,12 @@ id frontMostApplication(id, SEL) {
   return springBoard().front == "home" ? nullptr : applicationNamed(springBoard().front);
 }
 
-void menuButtonDown(id, SEL, id) {}
+void menuButtonDown(id, SEL, void*) {}
 // Home closes what is on top, one thing a press: a shortcut menu, the
 // switcher, the front app. The home screen comes back as it was left, with
 // a folder still open when one was; on the home screen itself home closes
 // the open folder.
-void menuButtonUp(id, SEL, id) {
+void menuButtonUp(id, SEL, void*) {
   if (springBoard().locked) {
     host::logEvent("button", "home on the lock screen");
     return;
@@ -485,8 +485,8 @@ void defineSpringBoardApps() {
 // SpringBoard's home-button handlers and its front app, added to the
 // SpringBoard class.
 void addHomeButton(ClassBuilder& springBoardClass) {
-  springBoardClass.instance("_menuButtonDown:", imp(menuButtonDown), "v@:@")
-      .instance("_menuButtonUp:", imp(menuButtonUp), "v@:@")
+  springBoardClass.instance("_menuButtonDown:", imp(menuButtonDown), "v@:^{__IOHIDEvent=}")
+      .instance("_menuButtonUp:", imp(menuButtonUp), "v@:^{__IOHIDEvent=}")
       .instance("_accessibilityFrontMostApplication", imp(frontMostApplication), "@@:");
 }
 

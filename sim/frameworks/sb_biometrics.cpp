@@ -204,13 +204,18 @@ id kitMatchWithMode(id, SEL, unsigned long mode, id) {
   return send<id>(host::newObject(platform::classNamed("BiometricKitMatchOperation")),
                   Sel("autorelease"));
 }
-BOOL kitMatchWithOptions(id, SEL, id, id) {
+// The kit answers a status; 0 is success.
+int kitMatchWithOptions(id, SEL, id, id) {
   host::logEvent("biometric", "BiometricKit match with options");
-  return 1;
+  return 0;
 }
 void kitRecord(id self, SEL cmd, BOOL) {
   host::logEvent("call",
                  std::string(platform::classNameOf(self)) + " -" + platform::selectorName(cmd));
+}
+int kitEnableBackgroundFdet(id self, SEL cmd, BOOL on) {
+  kitRecord(self, cmd, on);
+  return 0;
 }
 BOOL kitEnableBackgroundDetection(id self, SEL cmd, BOOL on, id) {
   kitRecord(self, cmd, on);
@@ -327,9 +332,9 @@ void defineBiometricKit() {
       .instance("delegate", imp(kitDelegate), "@@:")
       .instance("setDelegate:", imp(kitSetDelegate), "v@:@")
       .instance("matchWithMode:andCredentialSet:", imp(kitMatchWithMode), "@@:Q@")
-      .instance("match:withOptions:", imp(kitMatchWithOptions), "C@:@@")
-      .instance("detectFingerWithOptions:", imp(kitMatchWithOptions), "C@:@")
-      .instance("enableBackgroundFdet:", imp(kitRecord), "v@:C")
+      .instance("match:withOptions:", imp(kitMatchWithOptions), "i@:@@")
+      .instance("detectFingerWithOptions:", imp(kitMatchWithOptions), "i@:@")
+      .instance("enableBackgroundFdet:", imp(kitEnableBackgroundFdet), "i@:C")
       .instance("enableBackgroundFingerDetection:error:", imp(kitEnableBackgroundDetection),
                 "C@:C^@")
       .build();

@@ -77,10 +77,10 @@ BOOL launchBulletin(id bulletin) {
   activate(app, "OpenApplication");
   return 1;
 }
-BOOL launchWithResponse(id, SEL, id bulletin, id, id, long) {
+BOOL launchWithResponse(id, SEL, id bulletin, id, id, int) {
   return launchBulletin(bulletin);
 }
-BOOL launchWithAction(id, SEL, id bulletin, id, long) {
+BOOL launchWithAction(id, SEL, id bulletin, id, int) {
   return launchBulletin(bulletin);
 }
 BOOL launch(id, SEL, id bulletin, long) {
@@ -147,9 +147,10 @@ Value tapBulletinAction(const host::ActionRequest& request, std::string* error) 
   auto here = [](const char* method) { return cataloguedHere("SBUserAgent", method) != nullptr; };
   if (here(kLaunchWithResponse)) {
     send<BOOL>(userAgent, Sel(kLaunchWithResponse + 1), bulletin.get(), id{nullptr}, id{nullptr},
-               origin);
+               static_cast<int>(origin));
   } else if (here(kLaunchWithAction)) {
-    send<BOOL>(userAgent, Sel(kLaunchWithAction + 1), bulletin.get(), id{nullptr}, origin);
+    send<BOOL>(userAgent, Sel(kLaunchWithAction + 1), bulletin.get(), id{nullptr},
+               static_cast<int>(origin));
   } else if (here(kLaunch)) {
     send<BOOL>(userAgent, Sel(kLaunch + 1), bulletin.get(), origin);
   } else {

@@ -31,7 +31,7 @@ namespace {
 const char* const kQuickLaunchApps[] = {"com.apple.mobiletimer", "com.apple.calculator",
                                         "com.apple.camera"};
 constexpr const char* kPhotos = "com.apple.mobileslideshow";
-constexpr long kLockScreenCameraSource = 7;  // unlocking from the lock-screen camera
+constexpr int kLockScreenCameraSource = 7;  // unlocking from the lock-screen camera
 
 // -[SBCCQuickLaunchSectionController _activateAppWithBundleId:url:]:
 // Control Center closes and SpringBoard launches the app.

@@ -30,9 +30,9 @@ using platform::Value;
 
 namespace {
 
-constexpr long kHardwareButtonSource = 1;  // a press of the physical button
-constexpr long kPasscodeUnlockSource = 1;  // the passcode or a swipe on the lock screen
-constexpr long kIdleSource = 2;            // the idle timer, or a touch that wakes the screen
+constexpr int kHardwareButtonSource = 1;  // a press of the physical button
+constexpr int kPasscodeUnlockSource = 1;  // the passcode or a swipe on the lock screen
+constexpr int kIdleSource = 2;            // the idle timer, or a touch that wakes the screen
 
 // The platform's lock-state notification, state 1 locked, 0 unlocked.
 void postLockState(bool locked) {
@@ -65,11 +65,11 @@ namespace {
 
 // ---- The backlight ----
 
-void setScreen(bool on, long source) {
+void setScreen(bool on, int source) {
   id backlight = sharedOf("SBBacklightController");
   if (atLeast(10)) {
     send<void>(backlight, Sel("_animateBacklightToFactor:duration:source:silently:completion:"),
-               on ? 1.0f : 0.0f, 0.25, source, BOOL{0}, id{nullptr});
+               on ? 1.0f : 0.0f, 0.25, static_cast<long>(source), BOOL{0}, id{nullptr});
   } else {
     send<void>(backlight, Sel("setBacklightFactor:source:"), on ? 1.0f : 0.0f, source);
   }
@@ -96,6 +96,9 @@ void animateBacklight(id, SEL, float factor, double, long, BOOL, id completion) 
 void setBacklightFactor(id, SEL, float factor, long) {
   applyBacklight(factor);
 }
+void setBacklightFactorOld(id, SEL, float factor, int) {
+  applyBacklight(factor);
+}
 BOOL screenIsOn(id, SEL) {
   return springBoard().screenOn ? 1 : 0;
 }
@@ -111,7 +114,7 @@ BOOL shouldTurnOnScreen(id, SEL, long) {
 BOOL isUILocked(id, SEL) {
   return springBoard().locked ? 1 : 0;
 }
-void lockUI(id, SEL, long source, id) {
+void lockUI(id, SEL, int source, id) {
   if (springBoard().locked) return;
   springBoard().locked = true;
   springBoard().openFolder.clear();
@@ -123,7 +126,7 @@ void lockUI(id, SEL, long source, id) {
   noteScreenChanged();
   setScreen(false, source);
 }
-BOOL unlockUI(id, SEL, long source, id) {
+BOOL unlockUI(id, SEL, int source, id) {
   if (!springBoard().locked) return 0;
   springBoard().locked = false;
   host::logEvent("lock", "unlocked (source " + std::to_string(source) + ")");
@@ -135,7 +138,7 @@ BOOL unlockUI(id, SEL, long source, id) {
 }
 // A match the lock screen receives unlocks it.
 void bioAuthenticated(id self, SEL, id) {
-  send<BOOL>(self, Sel("unlockUIFromSource:withOptions:"), 14L, id{nullptr});
+  send<BOOL>(self, Sel("unlockUIFromSource:withOptions:"), 14, id{nullptr});
 }
 
 // ---- The lock button ----
@@ -293,8 +296,8 @@ void defineSpringBoardLock() {
   ClassBuilder("SBLockScreenManager", "NSObject")
       .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
       .instance("isUILocked", imp(isUILocked), "C@:")
-      .instance("lockUIFromSource:withOptions:", imp(lockUI), "v@:q@")
-      .instance("unlockUIFromSource:withOptions:", imp(unlockUI), "C@:q@")
+      .instance("lockUIFromSource:withOptions:", imp(lockUI), "v@:i@")
+      .instance("unlockUIFromSource:withOptions:", imp(unlockUI), atLeast(10) ? "C@:i@" : "v@:i@")
       .instance("_bioAuthenticated:", imp(bioAuthenticated), "v@:@")
       .build();
   if (cataloguedHere("SBLockHardwareButton")) {
@@ -308,7 +311,9 @@ void defineSpringBoardLock() {
   }
   ClassBuilder backlight("SBBacklightController", "NSObject");
   backlight.classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
-      .instance("setBacklightFactor:source:", imp(setBacklightFactor), "v@:fq");
+      .instance("setBacklightFactor:source:",
+                atLeast(10) ? imp(setBacklightFactor) : imp(setBacklightFactorOld),
+                atLeast(10) ? "v@:fq" : "v@:fi");
   if (atLeast(10)) {
     backlight.instance("screenIsOn", imp(screenIsOn), "C@:")
         .instance("_animateBacklightToFactor:duration:source:silently:completion:",
@@ -345,6 +350,16 @@ void defineSpringBoardLock() {
   host::registerQuery("locked", [](const std::vector<std::string>&) {
     return Value::boolean(springBoard().locked);
   });
+}
+
+// The brightness set through the controller with this version's source type.
+void setBacklightLevel(float factor, int source) {
+  id backlight = sharedOf("SBBacklightController");
+  if (atLeast(10)) {
+    send<void>(backlight, Sel("setBacklightFactor:source:"), factor, static_cast<long>(source));
+  } else {
+    send<void>(backlight, Sel("setBacklightFactor:source:"), factor, source);
+  }
 }
 
 }  // namespace kv::sim::frameworks

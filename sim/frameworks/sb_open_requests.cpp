@@ -31,7 +31,7 @@ constexpr const char* kSystemServiceOpen =
     "-systemService:handleOpenApplicationRequest:withCompletion:";
 constexpr const char* kWorkspaceOpen =
     "-workspace:handleOpenApplicationRequest:withOptions:origin:withResult:";
-constexpr long kSystemOpenSource = 0;  // the system's own open: a clock alarm, Siri
+constexpr int kSystemOpenSource = 0;  // the system's own open: a clock alarm, Siri
 
 struct OpenRequestState {
   std::string bundleIdentifier;
@@ -100,7 +100,7 @@ BOOL launchApplication(id, SEL, id bundleIdentifier, BOOL suspended) {
 
 // -[SBUserAgent _openApplication:withURL:fromSource:animated:options:]: the
 // app comes to the front, lit or not (the screen stays as it is).
-BOOL userAgentOpen(id, SEL, id bundleIdentifier, id url, long source, BOOL, id) {
+BOOL userAgentOpen(id, SEL, id bundleIdentifier, id url, int source, BOOL, id) {
   std::string bundle = platform::toString(bundleIdentifier);
   id app = applicationNamed(bundle);
   host::logEvent(

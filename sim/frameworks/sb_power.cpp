@@ -136,7 +136,7 @@ id requestReason(id self, SEL) {
 // ---- The power-down screen ----
 
 void setBrightness(float factor) {
-  send<void>(sharedOf("SBBacklightController"), Sel("setBacklightFactor:source:"), factor, 0L);
+  setBacklightLevel(factor, 0);
 }
 
 // The slider reached its end: the controller powers down.

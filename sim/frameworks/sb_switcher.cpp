@@ -85,6 +85,10 @@ BOOL toggleSwitcher(id, SEL) {
   springBoard().switcherVisible ? hideSwitcher() : showSwitcher();
   return 1;
 }
+// Before iOS 10 SpringBoard's UI controller toggles it, answering nothing.
+void toggleSwitcherOld(id, SEL) {
+  toggleSwitcher(nullptr, nullptr);
+}
 BOOL isAppSwitcherShowing(id, SEL) {
   return springBoard().switcherVisible ? 1 : 0;
 }
@@ -143,8 +147,9 @@ void selectedItem(id, SEL, id, id item) {
 // _transitionRequestForPresentationWithCommitment:toNextDisplayItem:]: the
 // request to the next item (the gesture's own when none is given), run at
 // once when committed.
-id forcePressRequest(id self, SEL, BOOL commit, id nextItem) {
-  id item = nextItem != nullptr ? nextItem : stateOf<GestureState>(self).nextItem.get();
+id forcePressRequest(id self, SEL, BOOL commit, BOOL toNextItem) {
+  if (toNextItem == 0) return nullptr;
+  id item = stateOf<GestureState>(self).nextItem.get();
   id app = applicationNamed(platform::toString(send<id>(item, Sel("displayIdentifier"))));
   if (app == nullptr) return nullptr;
   host::logEvent("switcher", "force press toward " + stateOf<ItemState>(item).bundle +
@@ -152,6 +157,11 @@ id forcePressRequest(id self, SEL, BOOL commit, id nextItem) {
   Retained request = Retained::adopt(newWorkspaceRequest("SwitcherForcePress", app));
   if (commit) runWorkspaceRequest(request.get());
   return send<id>(request.take(), Sel("autorelease"));
+}
+
+// The display item the gesture goes to.
+id gestureNextItem(id self, SEL) {
+  return stateOf<GestureState>(self).nextItem.get();
 }
 
 // ---- Actions ----
@@ -163,7 +173,7 @@ Value switcherAction(const host::ActionRequest&, std::string* error) {
   }
   id main = sharedOf("SBMainSwitcherViewController");
   if (main == nullptr) {
-    send<BOOL>(sharedOf("SBUIController"), Sel("_toggleSwitcher"));
+    send<void>(sharedOf("SBUIController"), Sel("_toggleSwitcher"));
   } else if (platform::respondsTo(main, Sel("toggleSwitcherNoninteractivelyWithSource:"))) {
     send<BOOL>(main, Sel("toggleSwitcherNoninteractivelyWithSource:"), kHomeButtonSource);
   } else {
@@ -207,7 +217,7 @@ Value forcePressAction(const host::ActionRequest&, std::string* error) {
   stateOf<GestureState>(gesture->get()).nextItem = Retained(item);
   send<id>(gesture->get(),
            Sel("_transitionRequestForPresentationWithCommitment:toNextDisplayItem:"), BOOL{1},
-           item);
+           BOOL{1});
   return {};
 }
 
@@ -229,7 +239,7 @@ void pressHomeInSwitcher() {
 }
 
 void addSwitcherControls(ClassBuilder& ui) {
-  addCatalogued(ui, "-_toggleSwitcher", imp(toggleSwitcher));
+  addCatalogued(ui, "-_toggleSwitcher", imp(toggleSwitcherOld));
   addCatalogued(ui, "-isAppSwitcherShowing", imp(isAppSwitcherShowing));
   addCatalogued(ui, "-appSwitcher:wantsToActivateApplication:", imp(wantsToActivateApplication));
   addCatalogued(ui,
@@ -264,6 +274,7 @@ void defineSpringBoardSwitcher() {
   ClassBuilder gesture("SBSwitcherForcePressSystemGestureTransaction", "NSObject");
   addCatalogued(gesture, "-_transitionRequestForPresentationWithCommitment:toNextDisplayItem:",
                 imp(forcePressRequest));
+  addCatalogued(gesture, "-nextDisplayItem", imp(gestureNextItem));
   if (cataloguedHere("SBSwitcherForcePressSystemGestureTransaction")) gesture.build();
 
   host::registerAction("switcher", switcherAction);

@@ -101,7 +101,7 @@ void uiActivate(id self, SEL, id application) {
     activateThroughTransaction(application);
   }
 }
-void uiActivateFromIcon(id, SEL, id application, id, long) {
+void uiActivateFromIcon(id, SEL, id application, id, int) {
   if (application != nullptr) activate(application, "ActivateApplication");
 }
 

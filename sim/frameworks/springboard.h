@@ -97,6 +97,10 @@ bool forceTouchIcon(const std::string& bundleIdentifier, std::string* error);
 // has changed: its state 0 dark, 1 an app, 2 the home screen, 3 the lock screen.
 void noteScreenChanged();
 
+// Sets the screen's brightness through SBBacklightController, with the
+// source's type of this version.
+void setBacklightLevel(float factor, int source);
+
 // Presses the lock button the way this version's hardware does.
 void pressLockButton();
 

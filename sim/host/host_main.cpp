@@ -82,6 +82,29 @@ int main(int argc, char** argv) {
     auto report = reinterpret_cast<Report>(dlsym(RTLD_DEFAULT, "kavelinInstallReport"));
     return Value::string(report != nullptr ? report() : "");
   });
+  // The encodings of the library's rows, as its replacements declare them.
+  host::registerQuery("row-encodings", [](const std::vector<std::string>&) {
+    using Report = const char* (*)();
+    auto report = reinterpret_cast<Report>(dlsym(RTLD_DEFAULT, "kavelinRowEncodings"));
+    return Value::string(report != nullptr ? report() : "");
+  });
+  // The encodings of platform methods as this process defines them:
+  // "CLASS -selector" or "CLASS +selector" in, the encoding out (absent
+  // when the class or method does not exist here).
+  host::registerQuery("encodings", [](const std::vector<std::string>& methods) {
+    Value::Dictionary out;
+    for (const auto& m : methods) {
+      auto space = m.find(' ');
+      if (space == std::string::npos || space + 2 > m.size()) continue;
+      Class cls = objc_getClass(m.substr(0, space).c_str());
+      if (cls == nullptr) continue;
+      SEL sel = sel_registerName(m.substr(space + 2).c_str());
+      Method method = m[space + 1] == '+' ? class_getClassMethod(cls, sel)
+                                          : class_getInstanceMethod(cls, sel);
+      if (method != nullptr) out[m] = Value::string(method_getTypeEncoding(method));
+    }
+    return Value::dictionary(std::move(out));
+  });
   host::onCommand("hello", hello);
   host::serve();
   return 0;

@@ -64,7 +64,7 @@ void callStatusChanged() {
       if (platform::respondsTo(lock, Sel("_updateDeviceLockedState"))) {
         platform::send<void>(lock, Sel("_updateDeviceLockedState"));
       } else {
-        sendIfResponds(lock, Sel("_lockStateChangedFrom:to:"), 2L, 0L);
+        sendIfResponds(lock, Sel("_lockStateChangedFrom:to:"), 2, 0);
       }
     }
   }

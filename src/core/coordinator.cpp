@@ -311,13 +311,7 @@ void giveUp() {
 
 void restoreBacklight() {
   CoordinatorState& s = state();
-  Class backlight = platform::classNamed("SBBacklightController");
-  if (s.savedBacklightFactor == 0 ||
-      !platform::instancesRespondTo(backlight, Sel("setBacklightFactor:source:"))) {
-    return;
-  }
-  send<void>(platform::sendClass<id>(backlight, Sel("sharedInstance")),
-             Sel("setBacklightFactor:source:"), s.savedBacklightFactor, 0L);
+  if (s.savedBacklightFactor == 0 || !setBacklightFactor(s.savedBacklightFactor)) return;
   s.savedBacklightFactor = 0;
 }
 

@@ -2,6 +2,7 @@
 #include "core/device.h"
 
 #include "core/hardware.h"
+#include "platform/foundation.h"
 #include "platform/functions.h"
 #include "platform/runtime.h"
 #include "settings/settings.h"
@@ -61,6 +62,19 @@ bool biometricsInUse() {
 
 bool faceID() {
   return biometricsInUse() && faceCameraPresent();
+}
+
+bool setBacklightFactor(float factor) {
+  static const Sel kSetBacklightFactor("setBacklightFactor:source:");
+  Class backlight = platform::classNamed("SBBacklightController");
+  if (!platform::instancesRespondTo(backlight, kSetBacklightFactor)) return false;
+  id controller = platform::sendClass<id>(backlight, Sel("sharedInstance"));
+  if (startup::flags().isIOS10OrLater) {
+    send<void>(controller, kSetBacklightFactor, factor, platform::Integer{0});
+  } else {
+    send<void>(controller, kSetBacklightFactor, factor, 0);
+  }
+  return true;
 }
 
 double now() {

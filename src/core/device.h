@@ -31,6 +31,11 @@ void pressLockButton();
 bool biometricsInUse();
 bool faceID();
 
+// Sets the screen's brightness through the backlight controller, source 0,
+// with the source's type of this system (int before iOS 10, NSInteger
+// after); false where the controller cannot.
+bool setBacklightFactor(float factor);
+
 // Now, as the platform's absolute time (seconds since 2001).
 double now();
 

@@ -127,7 +127,7 @@ void takeOverEventSource() {
   sendIfResponds(source, Sel("_startMatching"));
   performLater("checkMatchingIsReallyEnabled", kCheckMatchingDelay);
   if (ios10OrLater() && !devicePasscodeSet()) {
-    sendIfResponds<BOOL>(sendIfResponds<id>(source, Sel("biometricKit")), Sel("match:withOptions:"),
+    sendIfResponds<int>(sendIfResponds<id>(source, Sel("biometricKit")), Sel("match:withOptions:"),
                          id{nullptr}, emptyDictionary());
   }
 }
@@ -172,13 +172,13 @@ void resetPromptAnimations() {
 }
 
 void setGlyphColorsForSuccess(id glyph) {
-  Class glyphClass = object_getClass(glyph);
   id c = controller();
   Integer style = send<Integer>(c, Sel("glyphStyle"));
   Integer mode = send<Integer>(c, Sel("glyphMode"));
-  id primary = platform::sendClass<id>(glyphClass, Sel("_primaryColorForStyle:mode:"), style, mode);
-  id secondary =
-      platform::sendClass<id>(glyphClass, Sel("_secondaryColorForStyle:mode:"), style, mode);
+  // Instance methods from iOS 11; a glyph without them keeps its colours.
+  id primary = sendIfResponds<id>(glyph, Sel("_primaryColorForStyle:mode:"), style, mode);
+  id secondary = sendIfResponds<id>(glyph, Sel("_secondaryColorForStyle:mode:"), style, mode);
+  if (primary == nullptr || secondary == nullptr) return;
   if (platform::respondsTo(glyph, Sel("_setPrimaryColor:animated:"))) {
     send<void>(glyph, Sel("_setPrimaryColor:animated:"), primary, BOOL{1});
     send<void>(glyph, Sel("_setSecondaryColor:animated:"), secondary, BOOL{1});
@@ -358,7 +358,7 @@ void stopMatchingForTen() {
   if (uiLocked() && devicePasscodeSet()) {
     sendIfResponds<id>(k, Sel("matchWithMode:andCredentialSet:"), kLockScreenMatchMode,
                        id{nullptr});
-    sendIfResponds<BOOL>(k, Sel("detectFingerWithOptions:"), id{nullptr});
+    sendIfResponds<int>(k, Sel("detectFingerWithOptions:"), id{nullptr});
   }
 }
 
@@ -375,7 +375,7 @@ void checkMatchingIsReallyEnabled() {
                                     Sel("sharedController"));
   if (sendIfResponds<BOOL>(lock, Sel("deviceHasPasscodeSet")) == 0) {
     platform::AutoreleasePool pool;
-    sendIfResponds<BOOL>(sendIfResponds<id>(source, Sel("biometricKit")), Sel("match:withOptions:"),
+    sendIfResponds<int>(sendIfResponds<id>(source, Sel("biometricKit")), Sel("match:withOptions:"),
                          id{nullptr}, emptyDictionary());
   }
 }

@@ -89,9 +89,12 @@ void authenticateForOpeningFolder(id folder) {
   if (!invocation) return;
   platform::retainArguments(invocation.get());
   setInvocation(invocation.get());
-  id name = platform::respondsTo(icon, Sel("displayNameForLocation:"))
+  // The location is an int until iOS 11, an NSInteger from then on.
+  id name = !platform::respondsTo(icon, Sel("displayNameForLocation:"))
+                ? sendIfResponds<id>(icon, Sel("displayName"))
+            : startup::flags().isIOS11
                 ? send<id>(icon, Sel("displayNameForLocation:"), kHomeScreenLocation)
-                : sendIfResponds<id>(icon, Sel("displayName"));
+                : send<id>(icon, Sel("displayNameForLocation:"), int{kHomeScreenLocation});
   setRestrictedTitle(name);
   showAlert();
 }

@@ -82,10 +82,9 @@ id colorFromHex(const char* hex) {
 }
 
 // The glyph class's own colour for a style and mode, or nil.
-id styleColor(Class glyphClass, const char* classSelector, Integer style, Integer mode) {
-  Sel op(classSelector);
-  if (!platform::respondsTo(platform::asId(glyphClass), op)) return nullptr;
-  return sendClass<id>(glyphClass, op, style, mode);
+// The glyph's own colour for a style, where this system's glyph has one.
+id styleColor(id glyph, const char* selector, Integer style, Integer mode) {
+  return platform::sendIfResponds<id>(glyph, Sel(selector), style, mode);
 }
 
 // Applies a colour with the animated private setter where the glyph has it.
@@ -127,10 +126,10 @@ bool buildGlyph(AlertViewState& s, const Look& look, id container) {
       Retained::adopt(send<id>(sendClass<id>(glyphClass, sel::kAlloc), kInitWithStyle, style));
   id glyph = s.glyphView.get();
   id primary = look.primaryHex ? colorFromHex(look.primaryHex)
-                               : styleColor(glyphClass, "_primaryColorForStyle:mode:", style, mode);
+                               : styleColor(glyph, "_primaryColorForStyle:mode:", style, mode);
   id secondary = look.secondaryHex
                      ? colorFromHex(look.secondaryHex)
-                     : styleColor(glyphClass, "_secondaryColorForStyle:mode:", style, mode);
+                     : styleColor(glyph, "_secondaryColorForStyle:mode:", style, mode);
   applyColor(glyph, "_setPrimaryColor:animated:", "setPrimaryColor:", primary);
   applyColor(glyph, "_setSecondaryColor:animated:", "setSecondaryColor:", secondary);
   if (look.placedByItself) {

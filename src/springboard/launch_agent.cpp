@@ -60,7 +60,7 @@ bool holdBackBulletin(id self, SEL cmd, id bulletin, A... args) {
 
 }  // namespace
 
-BOOL agentOpenApplication(id self, SEL cmd, id bundleIdentifier, id url, Integer source,
+BOOL agentOpenApplication(id self, SEL cmd, id bundleIdentifier, id url, int source,
                           BOOL animated, id options) {
   if (isProtectedApp(bundleIdentifier) && gatePasses()) {
     Retained call =
@@ -79,13 +79,13 @@ BOOL agentOpenApplication(id self, SEL cmd, id bundleIdentifier, id url, Integer
 }
 
 BOOL bulletinLaunchWithResponse(id self, SEL cmd, id bulletin, id action, id response,
-                                Integer origin) {
+                                int origin) {
   if (holdBackBulletin(self, cmd, bulletin, action, response, origin)) return 1;
   return platform::Hook<&bulletinLaunchWithResponse>::original(self, cmd, bulletin, action,
                                                                response, origin);
 }
 
-BOOL bulletinLaunchWithAction(id self, SEL cmd, id bulletin, id action, Integer origin) {
+BOOL bulletinLaunchWithAction(id self, SEL cmd, id bulletin, id action, int origin) {
   if (holdBackBulletin(self, cmd, bulletin, action, origin)) return 1;
   return platform::Hook<&bulletinLaunchWithAction>::original(self, cmd, bulletin, action, origin);
 }

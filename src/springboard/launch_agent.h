@@ -9,13 +9,13 @@
 namespace kv::springboard {
 
 // -[SBUserAgent _openApplication:withURL:fromSource:animated:options:]
-BOOL agentOpenApplication(id self, SEL cmd, id bundleIdentifier, id url, platform::Integer source,
+BOOL agentOpenApplication(id self, SEL cmd, id bundleIdentifier, id url, int source,
                           BOOL animated, id options);
 // -[SBUserAgent launchFromPushOrLocalBulletin:actionIdentifier:userResponse:origin:]
 BOOL bulletinLaunchWithResponse(id self, SEL cmd, id bulletin, id action, id response,
-                                platform::Integer origin);
+                                int origin);
 // -[SBUserAgent launchFromPushOrLocalBulletin:actionIdentifier:origin:]
-BOOL bulletinLaunchWithAction(id self, SEL cmd, id bulletin, id action, platform::Integer origin);
+BOOL bulletinLaunchWithAction(id self, SEL cmd, id bulletin, id action, int origin);
 // -[SBUserAgent launchFromPushOrLocalBulletin:origin:]
 BOOL bulletinLaunch(id self, SEL cmd, id bulletin, platform::Integer origin);
 

@@ -91,7 +91,7 @@ BOOL iconLaunchWithContext(id self, SEL cmd, id icon, Integer location, id conte
   return launched;
 }
 
-BOOL iconLaunch(id self, SEL cmd, id icon, Integer location) {
+BOOL iconLaunch(id self, SEL cmd, id icon, int location) {
   id identifier = sendIfResponds<id>(icon, Sel("applicationBundleID"));
   std::optional<FolderLaunch> throughFolder;
   if (guards(identifier)) {
@@ -105,7 +105,7 @@ BOOL iconLaunch(id self, SEL cmd, id icon, Integer location) {
   return platform::Hook<&iconLaunch>::original(self, cmd, icon, location);
 }
 
-void activateFromIcon(id self, SEL cmd, id application, id icon, Integer location) {
+void activateFromIcon(id self, SEL cmd, id application, id icon, int location) {
   id identifier = activatedIdentifier(application);
   if (guards(identifier)) {
     Retained call = platform::invocationOf(self, cmd, application, icon, location);

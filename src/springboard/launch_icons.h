@@ -12,9 +12,9 @@ namespace kv::springboard {
 BOOL iconLaunchWithContext(id self, SEL cmd, id icon, platform::Integer location, id context,
                            id settings, id actions);
 // -[SBApplication icon:launchFromLocation:]
-BOOL iconLaunch(id self, SEL cmd, id icon, platform::Integer location);
+BOOL iconLaunch(id self, SEL cmd, id icon, int location);
 // -[SBUIController activateApplication:fromIcon:location:]
-void activateFromIcon(id self, SEL cmd, id application, id icon, platform::Integer location);
+void activateFromIcon(id self, SEL cmd, id application, id icon, int location);
 // -[SBUIController activateApplicationAnimated:]
 void activateAnimated(id self, SEL cmd, id application);
 // -[SBUIController activateApplication:]

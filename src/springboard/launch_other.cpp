@@ -95,11 +95,16 @@ void switcherSelectedItem(id self, SEL cmd, id contentController, id item) {
   platform::Hook<&switcherSelectedItem>::original(self, cmd, contentController, item);
 }
 
-// One argument stored: the commitment; no transition request now.
-id forcePressTransition(id self, SEL cmd, BOOL commitment, id nextItem) {
-  id identifier = sendIfResponds<id>(nextItem, Sel("displayIdentifier"));
-  if (guards(identifier) && holdBackCall(false, identifier, self, cmd, commitment)) return nullptr;
-  return platform::Hook<&forcePressTransition>::original(self, cmd, commitment, nextItem);
+// The gesture names where it goes only by a flag: the item is the
+// transaction's own. Both flags are stored, so that the replay goes where
+// the gesture went; no transition request now.
+id forcePressTransition(id self, SEL cmd, BOOL commitment, BOOL toNextDisplayItem) {
+  id next = toNextDisplayItem != 0 ? sendIfResponds<id>(self, Sel("nextDisplayItem")) : nullptr;
+  id identifier = sendIfResponds<id>(next, Sel("displayIdentifier"));
+  if (guards(identifier) &&
+      holdBackCall(false, identifier, self, cmd, commitment, toNextDisplayItem))
+    return nullptr;
+  return platform::Hook<&forcePressTransition>::original(self, cmd, commitment, toNextDisplayItem);
 }
 
 // Without a device passcode the lock-screen camera would open the photo

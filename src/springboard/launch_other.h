@@ -21,7 +21,7 @@ void switcherActivateApplication(id self, SEL cmd, id switcher, id application);
 void switcherSelectedItem(id self, SEL cmd, id contentController, id item);
 // -[SBSwitcherForcePressSystemGestureTransaction
 //   _transitionRequestForPresentationWithCommitment:toNextDisplayItem:]
-id forcePressTransition(id self, SEL cmd, BOOL commitment, id nextItem);
+id forcePressTransition(id self, SEL cmd, BOOL commitment, BOOL toNextDisplayItem);
 // -[PLCameraView _imageWellTapped:] in SpringBoard
 void lockScreenImageWell(id self, SEL cmd, id sender);
 

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "core/device.h"
 #include "core/state.h"
 #include "platform/functions.h"
 #include "platform/hook.h"
@@ -30,7 +31,6 @@ const Sel kPowerDownRequested("powerDownRequested:");
 const Sel kPowerDownNow("_powerDownNow");
 const Sel kExitAndRelaunch("exitAndRelaunch:");
 const Sel kReason("reason");
-const Sel kSetBacklightFactor("setBacklightFactor:source:");
 const Sel kAllObjects("allObjects");
 const Sel kFloatValue("floatValue");
 const Sel kBoolValue("boolValue");
@@ -106,11 +106,7 @@ void brightenForPrompt() {
   if (platform::isKindOf(level.get(), "NSNumber")) {
     core::state().savedBacklightFactor = platform::send<float>(level.get(), kFloatValue);
   }
-  Class backlight = platform::classNamed("SBBacklightController");
-  if (platform::instancesRespondTo(backlight, kSetBacklightFactor)) {
-    platform::send<void>(platform::sendClass<id>(backlight, kSharedInstance), kSetBacklightFactor,
-                         1.0f, platform::Integer{0});
-  }
+  core::setBacklightFactor(1.0f);
 }
 
 // The power-down screen's request: SpringBoard's power-down waits, and the

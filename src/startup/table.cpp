@@ -297,6 +297,12 @@ std::span<const Row> rowsOf(Group group) {
   return {};
 }
 
+std::vector<Row> allRows() {
+  std::vector<Row> rows;
+  for (const auto& g : kGroups) rows.insert(rows.end(), g.rows.begin(), g.rows.end());
+  return rows;
+}
+
 void installGroup(Group group) {
   for (const auto& record : platform::installRows(rowsOf(group))) report().push_back(record);
 }

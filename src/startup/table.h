@@ -28,6 +28,9 @@ enum class Group {
 // The rows of a group, in installation order.
 std::span<const platform::Row> rowsOf(Group group);
 
+// Every row of every group, in table order.
+std::vector<platform::Row> allRows();
+
 // Installs a group's rows and adds their records to the process's report.
 void installGroup(Group group);
 

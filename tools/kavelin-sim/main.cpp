@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "sim/device/runner.h"
+#include "sim/device/signatures.h"
 #include "tour.h"
 
 namespace {
@@ -205,6 +206,9 @@ int main(int argc, char** argv) {
   if (args.empty() || args[0].rfind("--", 0) == 0) return tour(args);
   if (args[0] == "run") return run({args.begin() + 1, args.end()});
   if (args[0] == "hooks") return hooks({args.begin() + 1, args.end()});
+  if (args[0] == "signatures" && args.size() == 2) {
+    return kv::sim::checkSignatures(args[1], defaultOptions());
+  }
   std::fprintf(stderr, "kavelin-sim: unknown command '%s' (see kavelin-sim help)\n",
                args[0].c_str());
   return 2;
