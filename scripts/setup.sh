@@ -19,6 +19,8 @@ packages=(
   libcairo2-dev        # cairo: kavelin-sim draws the simulated screen to PNG
   libfreetype-dev      # FreeType: the text on those pictures
   fonts-inter          # the one font the pictures use, pinned so reference pictures stay stable
+  libstdc++-12-dev-arm64-cross  # C and C++ headers of arm64 and armv7, for the device
+  libstdc++-12-dev-armhf-cross  # compile check (scripts/device-check.sh)
 )
 
 missing=()

@@ -13,8 +13,10 @@
 
 #if defined(__APPLE__)
 #include <CoreFoundation/CoreFoundation.h>
+#include <crt_externs.h>
 #include <dispatch/dispatch.h>
 #include <mach-o/dyld.h>
+#include <mach/mach.h>
 #include <notify.h>
 #else
 
@@ -92,23 +94,38 @@ struct mach_header;
 void _dyld_register_func_for_add_image(void (*func)(const struct mach_header* mh,
                                                     intptr_t vmaddr_slide));
 
-// ---- IOKit ----
+}  // extern "C"
+#endif
+
+// The I/O registry and the system log: the SDK offers no C++ declaration of
+// either (IOKit's headers are not public on iOS; NSLog is Foundation's), so
+// they are declared here on every host.
+extern "C" {
+#if !defined(__APPLE__)
 using mach_port_t = unsigned int;
+using kern_return_t = int;
+extern char** environ;
+#endif
 using io_object_t = mach_port_t;
 using io_service_t = io_object_t;
-using kern_return_t = int;
 extern const mach_port_t kIOMasterPortDefault;
 CFMutableDictionaryRef IOServiceMatching(const char* name);
 io_service_t IOServiceGetMatchingService(mach_port_t masterPort, CFDictionaryRef matching);
 kern_return_t IOObjectRelease(io_object_t object);
-
-// ---- Logging ----
 void NSLog(id format, ...);
-
 }  // extern "C"
-#endif
 
 namespace kv::platform {
+
+// The environment of this process, for the processes it starts. A dylib on
+// Apple's platforms reaches it through a function, not the `environ` symbol.
+inline char** environment() {
+#if defined(__APPLE__)
+  return *_NSGetEnviron();
+#else
+  return ::environ;
+#endif
+}
 
 // Bridges between Foundation objects and the Core Foundation types that
 // name them (toll-free: the same pointer).

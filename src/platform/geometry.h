@@ -30,14 +30,20 @@ double CACurrentMediaTime(void);
 
 #endif
 
-KV_STRUCT_ENCODING(CGPoint, "{CGPoint=dd}");
-KV_STRUCT_ENCODING(CGSize, "{CGSize=dd}");
-KV_STRUCT_ENCODING(CGRect, "{CGRect={CGPoint=dd}{CGSize=dd}}");
-KV_STRUCT_ENCODING(CGAffineTransform, "{CGAffineTransform=dddddd}");
+// CGFloat is a double on 64-bit and a float on 32-bit: the encodings follow.
+KV_STRUCT_ENCODING(CGPoint, "{CGPoint=" + kv::platform::Encoding<CGFloat>::get() +
+                                kv::platform::Encoding<CGFloat>::get() + "}");
+KV_STRUCT_ENCODING(CGSize, "{CGSize=" + kv::platform::Encoding<CGFloat>::get() +
+                               kv::platform::Encoding<CGFloat>::get() + "}");
+KV_STRUCT_ENCODING(CGRect, "{CGRect=" + kv::platform::Encoding<CGPoint>::get() +
+                               kv::platform::Encoding<CGSize>::get() + "}");
+KV_STRUCT_ENCODING(CGAffineTransform,
+                   "{CGAffineTransform=" + std::string(6, kv::platform::Encoding<CGFloat>::get()[0]) +
+                       "}");
 
 namespace kv::platform {
 
-inline CGRect makeRect(double x, double y, double width, double height) {
+inline CGRect makeRect(CGFloat x, CGFloat y, CGFloat width, CGFloat height) {
   return CGRect{CGPoint{x, y}, CGSize{width, height}};
 }
 

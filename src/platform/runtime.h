@@ -57,6 +57,28 @@ struct Passed<Sel> {
 template <typename T>
 using PassedAs = typename Passed<T>::type;
 
+// True iff a send returning R goes through the runtime's struct-return entry
+// (the caller passes a hidden pointer for the result): never on arm64;
+// structs over 16 bytes on x86_64; structs over 4 bytes on armv7. Floating
+// point needs no entry of its own: only the x87 long double would, and the
+// platform returns none.
+template <typename R>
+constexpr bool returnsInMemory() {
+  if constexpr (!std::is_class_v<R>) {
+    return false;
+  } else {
+#if defined(__arm64__) || defined(__aarch64__)
+    return false;
+#elif defined(__x86_64__)
+    return sizeof(R) > 16;
+#else
+    return sizeof(R) > 4;
+#endif
+  }
+}
+template <typename R>
+inline constexpr bool kReturnsInMemory = returnsInMemory<R>();
+
 // Typed message send. A nil receiver answers zero (or a zeroed struct).
 // Arguments pass as their own types (write 2.0 for a double, not 2), except
 // that a Sel constant passes as its SEL.
@@ -70,21 +92,14 @@ R send(id self, SEL op, A... args) {
     }
   }
 #if KV_APPLE_RUNTIME
-#if defined(__arm64__) || defined(__aarch64__)
-  return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend)(self, op,
-                                                                        PassedAs<A>(args)...);
-#else
-  if constexpr (std::is_class_v<R> && sizeof(R) > 16) {
+#if !(defined(__arm64__) || defined(__aarch64__))
+  if constexpr (kReturnsInMemory<R>) {
     return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend_stret)(
         self, op, PassedAs<A>(args)...);
-  } else if constexpr (std::is_floating_point_v<R>) {
-    return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend_fpret)(
-        self, op, PassedAs<A>(args)...);
-  } else {
-    return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend)(self, op,
-                                                                          PassedAs<A>(args)...);
   }
 #endif
+  return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(objc_msgSend)(self, op,
+                                                                        PassedAs<A>(args)...);
 #else
   IMP imp = objc_msg_lookup(self, op);
   return reinterpret_cast<R (*)(id, SEL, PassedAs<A>...)>(imp)(self, op, PassedAs<A>(args)...);
@@ -128,18 +143,14 @@ R sendSuper(Class lookupClass, id self, SEL op, A... args) {
   }
 #if KV_APPLE_RUNTIME
   objc_super sup{self, lookupClass};
-#if defined(__arm64__) || defined(__aarch64__)
-  return reinterpret_cast<R (*)(objc_super*, SEL, PassedAs<A>...)>(objc_msgSendSuper)(
-      &sup, op, PassedAs<A>(args)...);
-#else
-  if constexpr (std::is_class_v<R> && sizeof(R) > 16) {
+#if !(defined(__arm64__) || defined(__aarch64__))
+  if constexpr (kReturnsInMemory<R>) {
     return reinterpret_cast<R (*)(objc_super*, SEL, PassedAs<A>...)>(objc_msgSendSuper_stret)(
-        &sup, op, PassedAs<A>(args)...);
-  } else {
-    return reinterpret_cast<R (*)(objc_super*, SEL, PassedAs<A>...)>(objc_msgSendSuper)(
         &sup, op, PassedAs<A>(args)...);
   }
 #endif
+  return reinterpret_cast<R (*)(objc_super*, SEL, PassedAs<A>...)>(objc_msgSendSuper)(
+      &sup, op, PassedAs<A>(args)...);
 #else
   objc_super sup{self, lookupClass};
   IMP imp = objc_msg_lookup_super(&sup, op);

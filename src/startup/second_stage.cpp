@@ -16,8 +16,6 @@
 #include "settings/settings.h"
 #include "startup/flags.h"
 
-extern char** environ;
-
 namespace kv::startup {
 
 namespace {
@@ -48,7 +46,7 @@ void restartMediaServer() {
     char* argv[] = {const_cast<char*>(killall), const_cast<char*>("-9"),
                     const_cast<char*>("mediaserverd"), nullptr};
     pid_t pid = 0;
-    posix_spawn(&pid, killall, nullptr, nullptr, argv, environ);
+    posix_spawn(&pid, killall, nullptr, nullptr, argv, platform::environment());
   }
 }
 
