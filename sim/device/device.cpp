@@ -35,6 +35,7 @@ const char* const kStandardFolders[] = {
     "/Library/PreferenceBundles",
     "/Library/MobileSubstrate/DynamicLibraries",
     "/bootstrap/Library/PreferenceBundles",
+    "/System/Library/Frameworks/PassKit.framework",  // loaded by path when a process needs it
 };
 
 std::string machineFor(const DeviceOptions& o) {
@@ -141,6 +142,7 @@ Value Device::helloFor(const Host& host) const {
       {"biometrics", Value::string(options_.biometrics)},
       {"passcode", Value::boolean(options_.passcode)},
       {"identities", Value::integer(options_.identities)},
+      {"passKitLate", Value::boolean(options_.passKitLate)},
       {"ioServices", Value::array(io)},
       {"privateLibraries", Value::array(privateLibraries)},
       {"root", Value::string(root_)},

@@ -29,6 +29,7 @@ struct DeviceOptions {
   std::string biometrics = "touchid";  // "none", "touchid", "faceid"
   int identities = 1;
   bool passcode = true;
+  bool passKitLate = false;  // SpringBoard loads PassKit only on first use
   std::string hostPath;     // the kavelin-host executable
   std::string libraryPath;  // libkavelin.so; empty: hosts run without it
   std::vector<std::string> privateLibraries;  // private-function libraries present

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <functional>
 #include <memory>
+#include <sstream>
 
 #include "sim/common/json.h"
 #include "sim/device/device.h"
@@ -238,6 +239,7 @@ class Runner {
                                                                             : "touchid";
       o.identities = spec_.identities;
       o.passcode = spec_.passcode;
+      o.passKitLate = spec_.passKitLate;
       o.hostPath = options_.hostPath;
       o.libraryPath = options_.libraryPath;
       o.hostTimeoutMs = options_.hostTimeoutMs;
@@ -612,6 +614,25 @@ bool alertHolds(Runner& r, const Statement& s, std::string* seen) {
   return false;
 }
 
+// installed CLASS SELECTOR [late]: SpringBoard's install report has the row
+// installed (when the class came after start-up, with "late").
+bool installedHolds(Runner& r, const Statement& s, std::string* seen) {
+  auto report = askSpringBoard(r, "hooks", seen);
+  if (!report) return false;
+  std::string row = s.predicateArgs[0] + " " + s.predicateArgs[1];
+  bool late = s.predicateArgs.size() == 3;
+  std::stringstream lines(report->asString());
+  std::string line, found;
+  while (std::getline(lines, line)) {
+    if (line.find(" " + row) == std::string::npos) continue;
+    found += (found.empty() ? "" : "; ") + line;
+    bool installed = line.rfind("installed " + row, 0) == 0 || line.rfind("added " + row, 0) == 0;
+    if (installed && (!late || line.find("(late") != std::string::npos)) return true;
+  }
+  *seen = found.empty() ? "the report does not name " + row : "the report says: " + found;
+  return false;
+}
+
 bool runningHolds(Runner& r, const Statement& s, std::string* seen) {
   *seen = s.predicateArgs[0] + " is not running";
   return r.device().running(s.predicateArgs[0]);
@@ -654,6 +675,10 @@ const std::vector<PredicateSpec>& predicates() {
        alertHolds},
       {"file", 1, 2, "file PATH [exists]", "that file exists on the device", fileHolds},
       {"running", 1, 1, "running PROCESS", "the process is alive", runningHolds},
+      {"installed", 2, 3, "installed CLASS SELECTOR [late]",
+       "SpringBoard's install report has that row installed (late: when its class came after "
+       "start-up, with the image that brought it); SELECTOR as -sel or +sel",
+       installedHolds},
       {"power", 1, 1, "power off|reboot|respring",
        "the device powered off, rebooted, or SpringBoard restarted, in the current window",
        powerHolds},
@@ -796,7 +821,9 @@ std::string helpText() {
       "  kavelin-sim help                 this text\n\n"
       "statements (one a line; # starts a comment):\n"
       "  device iphone|ipad ios VERSION [touchid|faceid|none] [identities N] "
-      "[passcode|no-passcode]\n"
+      "[passcode|no-passcode] [passkit-late]\n"
+      "                          passkit-late: SpringBoard loads PassKit only when its bundle\n"
+      "                          is first loaded (by the prompt), announcing the image then\n"
       "  prefs KEY JSON / prefs-delete KEY\n"
       "  wifi BSSID [ssid NAME] [password PW] / wifi off\n"
       "                          join a network (the device knows it, with its password, from\n"

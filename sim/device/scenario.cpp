@@ -175,7 +175,7 @@ bool isProcessName(std::string_view word) {
 }
 
 // The settings of the device statement; each may be given once.
-enum class DeviceSlot { kModel, kVersion, kBiometrics, kIdentities, kPasscode };
+enum class DeviceSlot { kModel, kVersion, kBiometrics, kIdentities, kPasscode, kPassKit };
 
 // A device word. Words with no apply function take the next word as their value.
 struct DeviceWord {
@@ -197,6 +197,7 @@ constexpr DeviceWord kDeviceWords[] = {
     {"identities", DeviceSlot::kIdentities, nullptr},
     {"passcode", DeviceSlot::kPasscode, [](DeviceSpec& d) { d.passcode = true; }},
     {"no-passcode", DeviceSlot::kPasscode, [](DeviceSpec& d) { d.passcode = false; }},
+    {"passkit-late", DeviceSlot::kPassKit, [](DeviceSpec& d) { d.passKitLate = true; }},
 };
 
 std::string parseDevice(const Verb& verb, const Line& line, Statement& st, Context& ctx) {
@@ -423,7 +424,8 @@ std::string parseExpect(const Verb& verb, const Line& line, Statement& st, Conte
 
 constexpr Verb kVerbs[] = {
     {"device", Kind::kDevice,
-     "device iphone|ipad ios VERSION [touchid|faceid|none] [identities N] [passcode|no-passcode]",
+     "device iphone|ipad ios VERSION [touchid|faceid|none] [identities N] [passcode|no-passcode] "
+     "[passkit-late]",
      parseDevice},
     {"prefs", Kind::kPrefs, "prefs KEY JSON", parseKeyAndJson},
     {"prefs-delete", Kind::kPrefsDelete, "prefs-delete KEY", parsePrefsDelete},

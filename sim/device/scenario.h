@@ -20,6 +20,7 @@ struct DeviceSpec {
   Biometrics biometrics = Biometrics::kTouchId;
   int identities = 1;
   bool passcode = true;
+  bool passKitLate = false;  // SpringBoard loads PassKit only when something asks for it
 };
 
 // One statement of a scenario; only the fields of its kind are set.

@@ -833,9 +833,20 @@ bool addCatalogued(host::ClassBuilder& builder, const char* method, IMP imp) {
   return true;
 }
 
+bool loadsLate(const char* className) {
+  return system().passKitLate && inProcess("SpringBoard") && std::string_view(className).substr(0, 2) == "PK";
+}
+
 void defineCatalog() {
   for (const auto& row : table()) {
-    if (appliesHere(row)) defineRow(row);
+    if (appliesHere(row) && !loadsLate(row.name)) defineRow(row);
+  }
+}
+
+void defineCatalogClasses(std::initializer_list<const char*> classNames) {
+  for (const char* name : classNames) {
+    const CatalogClass* row = rowNamed(name);
+    if (row != nullptr && appliesHere(*row)) defineRow(*row);
   }
 }
 

@@ -2,6 +2,8 @@
 // that the library names, each with the versions and processes that have it.
 #pragma once
 
+#include <initializer_list>
+
 #include <vector>
 
 #include "platform/objc.h"
@@ -72,5 +74,14 @@ bool addCatalogued(host::ClassBuilder& builder, const char* method, IMP imp);
 // are recorded in the event log and answer zero, nil or a zeroed struct;
 // singleton accessors answer one shared instance per class.
 void defineCatalog();
+
+// True iff the class comes with a framework this process loads only later
+// (PassKit in SpringBoard on a passkit-late device): defineCatalog leaves it
+// out, and the framework's loading defines it.
+bool loadsLate(const char* className);
+
+// Makes the catalog classes named in `classNames` exist, as defineCatalog
+// does for all, when a framework that comes later has loaded.
+void defineCatalogClasses(std::initializer_list<const char*> classNames);
 
 }  // namespace kv::sim::frameworks

@@ -13,12 +13,18 @@
 #include "platform/foundation.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
+#include "sim/frameworks/catalog.h"
 #include "sim/frameworks/state.h"
 #include "sim/frameworks/system.h"
 #include "sim/frameworks/uikit.h"
 #include "sim/host/classes.h"
 #include "sim/host/link.h"
 #include "sim/host/run_loop.h"
+
+namespace kv::sim::host {
+// Tells every image-added callback of this process that an image came.
+void announceImageAdded();
+}  // namespace kv::sim::host
 
 namespace kv::sim::frameworks {
 
@@ -186,8 +192,58 @@ ClassBuilder& addGlyphMethods(ClassBuilder& cls) {
 
 }  // namespace
 
+namespace {
+
+// PassKit as a framework SpringBoard loads on first use: its bundle's load
+// defines the classes and announces the image, as the dynamic loader does.
+constexpr const char* kPassKitBundle = "PassKit.framework";
+IMP gBundleLoad = nullptr;
+IMP gBundleIsLoaded = nullptr;
+bool gPassKitLoaded = false;
+
+bool isPassKitBundle(id bundle) {
+  std::string path = platform::toString(send<id>(bundle, Sel("bundlePath")));
+  std::string_view suffix(kPassKitBundle);
+  return path.size() >= suffix.size() && path.compare(path.size() - suffix.size(), suffix.size(), suffix) == 0;
+}
+void definePassKitClasses();
+BOOL bundleLoad(id self, SEL cmd) {
+  if (!isPassKitBundle(self)) return reinterpret_cast<BOOL (*)(id, SEL)>(gBundleLoad)(self, cmd);
+  if (!gPassKitLoaded) {
+    gPassKitLoaded = true;
+    definePassKitClasses();
+    defineCatalogClasses({"PKGlyphView", "PKFingerprintGlyphView"});
+    host::logEvent("image", "loaded PassKit");
+    host::announceImageAdded();
+  }
+  return 1;
+}
+BOOL bundleIsLoaded(id self, SEL cmd) {
+  if (!isPassKitBundle(self)) return reinterpret_cast<BOOL (*)(id, SEL)>(gBundleIsLoaded)(self, cmd);
+  return gPassKitLoaded ? 1 : 0;
+}
+void loadPassKitLater() {
+  Class bundle = platform::classNamed("NSBundle");
+  Method load = class_getInstanceMethod(bundle, Sel("load"));
+  Method isLoaded = class_getInstanceMethod(bundle, Sel("isLoaded"));
+  gBundleLoad = method_setImplementation(load, reinterpret_cast<IMP>(bundleLoad));
+  gBundleIsLoaded = method_setImplementation(isLoaded, reinterpret_cast<IMP>(bundleIsLoaded));
+}
+
+}  // namespace
+
 void definePassKit() {
   if (!atLeast(8)) return;
+  if (loadsLate("PKGlyphView")) {
+    loadPassKitLater();
+    return;
+  }
+  definePassKitClasses();
+}
+
+namespace {
+
+void definePassKitClasses() {
   ClassBuilder fingerprint("PKFingerprintGlyphView", "UIView");
   addGlyphMethods(fingerprint)
       .instance("initWithFrame:", imp(fingerprintInitWithFrame),
@@ -201,5 +257,7 @@ void definePassKit() {
       .instance("_minimumAnimationDurationForStateTransition", imp(glyphMinimumDuration), "d@:");
   glyphView.build();
 }
+
+}  // namespace
 
 }  // namespace kv::sim::frameworks

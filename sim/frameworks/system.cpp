@@ -18,6 +18,7 @@ const System& system() {
     s.biometrics = p.biometrics;
     s.passcode = p.passcode;
     s.identities = p.identities;
+    s.passKitLate = p.passKitLate;
     s.process = p.processName;
     s.bundleIdentifier = p.bundleIdentifier;
     return s;

@@ -13,6 +13,7 @@ struct System {
   std::string biometrics = "touchid";  // "none", "touchid", "faceid"
   bool passcode = true;                // a device passcode is set
   int identities = 1;                  // enrolled fingers or faces
+  bool passKitLate = false;            // SpringBoard loads PassKit only on first use
   std::string process;                 // "SpringBoard", "Preferences", ...
   std::string bundleIdentifier;
 };

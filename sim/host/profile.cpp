@@ -52,6 +52,7 @@ Profile profileFrom(const Value& hello) {
   p.biometrics = hello["biometrics"].asString();
   p.passcode = hello["passcode"].asBool(true);
   p.identities = static_cast<int>(hello["identities"].asInteger(1));
+  p.passKitLate = hello["passKitLate"].asBool();
   p.ioServices = strings(hello["ioServices"]);
   p.privateLibraries = strings(hello["privateLibraries"]);
   p.root = hello["root"].asString();

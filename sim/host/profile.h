@@ -20,6 +20,7 @@ struct Profile {
   std::string biometrics;        // "none", "touchid", "faceid"
   bool passcode = true;          // a device passcode is set
   int identities = 1;            // enrolled fingerprints or faces
+  bool passKitLate = false;      // SpringBoard loads PassKit only on first use
   std::vector<std::string> ioServices;      // the I/O registry's services
   std::vector<std::string> privateLibraries;  // private-function libraries to load
   std::string root;              // the device's file-system root on this machine

@@ -167,6 +167,7 @@ std::string describe(const InstallRecord& record) {
     line += reason;
     line += ')';
   }
+  if (record.lateImage > 0) line += " (late: image " + std::to_string(record.lateImage) + ")";
   return line;
 }
 

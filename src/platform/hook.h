@@ -141,6 +141,7 @@ const char* statusReason(InstallStatus status);
 struct InstallRecord {
   const Row* row;
   InstallStatus status;
+  int lateImage = 0;  // installed when the Nth image after start-up was added; 0: at start-up
 };
 
 // Installs one row by the procedure of the interception mechanism.

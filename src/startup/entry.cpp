@@ -136,6 +136,8 @@ __attribute__((constructor)) void kavelinLoad() {
   if (name == "Preferences") settingsSection();
   if (bundleIdentifier() == "com.apple.camera") cameraSection();
   if (name == "SpringBoard") springBoardSection();
+  // Images the loader adds from now on bring classes that came late.
+  startupComplete();
 }
 
 }  // namespace

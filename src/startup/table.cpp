@@ -2,6 +2,8 @@
 // it is reported, never installed; each guard turns its rows on as it lands.
 #include "startup/table.h"
 
+#include <set>
+
 #include "core/identities.h"
 #include "prompt/glyph_timing.h"
 #include "prompt/passcode_field_hooks.h"
@@ -307,12 +309,44 @@ void installGroup(Group group) {
   for (const auto& record : platform::installRows(rowsOf(group))) report().push_back(record);
 }
 
+namespace {
+
+bool gStartupComplete = false;
+int gLateImages = 0;
+
+// Rows whose class was missing when their group was installed, retried as
+// images come: a framework the platform loads later (PassKit on first use,
+// Control Center's modules when it first opens) brings its classes then.
+// The start-up record stays as it was; the late one is added, once.
+void installRowsOfLateClasses() {
+  static auto* done = new std::set<const Row*>();
+  auto& records = report();
+  const size_t considered = records.size();
+  for (size_t i = 0; i < considered; ++i) {
+    const Row* row = records[i].row;
+    if (records[i].status != platform::InstallStatus::kClassMissing || done->count(row) != 0 ||
+        platform::classNamed(row->className) == nullptr) {
+      continue;
+    }
+    done->insert(row);
+    records.push_back({row, platform::installRow(*row), gLateImages});
+  }
+}
+
+}  // namespace
+
 void installLateGroups(const struct mach_header*, intptr_t) {
+  if (gStartupComplete) ++gLateImages;
   for (LateGroup& late : gLateGroups) {
     if (late.installed || platform::classNamed(late.className) == nullptr) continue;
     late.installed = true;
     installGroup(late.group);
   }
+  if (gStartupComplete) installRowsOfLateClasses();
+}
+
+void startupComplete() {
+  gStartupComplete = true;
 }
 
 const std::vector<platform::InstallRecord>& installReport() {

@@ -34,10 +34,14 @@ std::vector<platform::Row> allRows();
 // Installs a group's rows and adds their records to the process's report.
 void installGroup(Group group);
 
-// Installs, on each image the loader adds, every group of a class that
-// loads late whose class has appeared, once; registered with the loader by
-// SpringBoard's start-up.
+// On each image the loader adds: installs every group of a class that
+// loads late once its class has appeared, and every row skipped at start-up
+// because its class was missing once the class exists. Registered with the
+// loader by start-up, which counts the images added after it.
 void installLateGroups(const struct mach_header* image, intptr_t slide);
+
+// Start-up is over: images added from now on are late ones.
+void startupComplete();
 
 // The process's install report so far, one line per row considered.
 const std::vector<platform::InstallRecord>& installReport();
