@@ -134,6 +134,28 @@ const ActionSpec kActions[] = {
     {"SpringBoard", "battery", 1, 1, "battery critical|normal",
      "the battery reaches (or leaves) its critical level; at it the system powers off (also "
      "the statement 'battery critical|normal')"},
+    {"SpringBoard", "siri", 0, 0, "siri", "hold the home button: Siri"},
+    {"SpringBoard", "cc", 1, 1, "cc ITEM",
+     "tap Control Center's toggle ITEM (airplane, wifi, bluetooth, cellular, airdrop, hotspot, "
+     "or a push button's identifier through iOS 10: do-not-disturb, rotation-lock, "
+     "switch.reboot; on iOS 11 a module's identifier, such as "
+     "com.apple.control-center.FlashlightModule)"},
+    {"SpringBoard", "cc-expand", 1, 1, "cc-expand MODULE-ID",
+     "long-press a Control Center module to expand it (iOS 11; "
+     "com.apple.control-center.ConnectivityModule, ...FlashlightModule, ...DoNotDisturbModule)"},
+    {"SpringBoard", "edit-icons", 0, 0, "edit-icons",
+     "long-press an icon on the home screen: icons go into editing mode"},
+    {"SpringBoard", "delete-icon", 1, 1, "delete-icon BUNDLE-ID",
+     "tap the close box of the app's icon, in editing mode (the user's own apps have one)"},
+    {"SpringBoard", "tap-bookmark", 1, 1, "tap-bookmark NAME",
+     "tap a web bookmark's icon on the home screen (\"Quorvan News\"): it opens in Safari"},
+    {"SpringBoard", "sim-locked", 0, 0, "sim-locked",
+     "the SIM asks for its PIN: its lock-entry alert shows"},
+    {"SpringBoard", "sim-pin", 1, 1, "sim-pin DIGITS",
+     "type the SIM PIN into the lock-entry alert and tap its OK key"},
+    {"SpringBoard", "passcode-entry", 1, 1, "passcode-entry DIGITS",
+     "type DIGITS into a long numeric entry shown outside the SIM's lock-entry alert (a custom "
+     "numeric passcode) and tap its OK key"},
     {"Preferences", "open-pane", 1, 1, "open-pane ID",
      "tap the settings row whose specifier id is ID"},
     {"Camera", "image-well", 1, 1, "image-well tap", "tap the camera's last-photo thumbnail"},
@@ -513,6 +535,36 @@ bool switcherHolds(Runner& r, const Statement& s, std::string* seen) {
   return s.predicateArgs.empty() || wanted == items;
 }
 
+// siri / editing: SpringBoard answers the query of that name.
+bool springBoardFlagHolds(Runner& r, const Statement& s, std::string* seen) {
+  auto shows = askSpringBoard(r, s.predicate.c_str(), seen);
+  if (!shows) return false;
+  *seen = s.predicate == "siri"
+              ? (shows->asBool() ? "Siri shows" : "Siri does not show")
+              : (shows->asBool() ? "icons are in editing mode" : "icons are not in editing mode");
+  return shows->asBool();
+}
+
+// cc ITEM on|off: the toggle is so, and its button shows it so.
+bool ccHolds(Runner& r, const Statement& s, std::string* seen) {
+  std::string error;
+  auto answer = r.device().query("SpringBoard", "cc", {s.predicateArgs[0]}, &error);
+  if (!answer) {
+    *seen = error;
+    return false;
+  }
+  if (answer->isNone()) {
+    *seen = "Control Center has no toggle " + s.predicateArgs[0];
+    return false;
+  }
+  bool want = s.predicateArgs[1] == "on";
+  bool on = (*answer)["on"].asBool();
+  bool shows = (*answer)["shows"].asBool();
+  *seen = s.predicateArgs[0] + " is " + (on ? "on" : "off") + ", its button shows " +
+          (shows ? "on" : "off");
+  return on == want && shows == want;
+}
+
 // power off|reboot|respring: the device did it in the current window.
 bool powerHolds(Runner& r, const Statement& s, std::string* seen) {
   std::string done;
@@ -682,6 +734,10 @@ const std::vector<PredicateSpec>& predicates() {
       {"power", 1, 1, "power off|reboot|respring",
        "the device powered off, rebooted, or SpringBoard restarted, in the current window",
        powerHolds},
+      {"siri", 0, 0, "siri", "Siri shows", springBoardFlagHolds},
+      {"editing", 0, 0, "editing", "icons are in editing mode", springBoardFlagHolds},
+      {"cc", 2, 2, "cc ITEM on|off",
+       "Control Center's toggle ITEM is on or off, and its button shows it so", ccHolds},
       {"switcher", 0, -1, "switcher [BUNDLE-ID...]",
        "the app switcher shows (with exactly these items, most recent first)", switcherHolds},
   };
@@ -738,6 +794,9 @@ std::optional<ParseError> validateScenario(const Scenario& scenario) {
               (s.predicateArgs[i] != "title" && s.predicateArgs[i] != "message"))
             return fail("expected " + std::string(p->usage));
         }
+      }
+      if (s.predicate == "cc" && s.predicateArgs[1] != "on" && s.predicateArgs[1] != "off") {
+        return fail("expected " + std::string(p->usage));
       }
       if (s.predicate == "file" && n == 2 && s.predicateArgs[1] != "exists") {
         return fail("expected " + std::string(p->usage));

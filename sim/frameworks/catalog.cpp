@@ -479,27 +479,31 @@ const std::vector<CatalogClass>& table() {
           {"-shutdownForReason:", "v@:@"},
           {"-rebootForReason:", "v@:@"},
       }},
-      {"SBAssistantController", "NSObject", kSpringBoard, kEver, kStill, {
+      // No header declares -activatePluginForEvent:; through iOS 9 the
+      // activation is SBUIPluginHost's.
+      {"SBUIPluginHost", "NSObject", kSpringBoard, kEver, kStill, {
+          {"-activatePluginForEvent:eventSource:context:", "C@:ii^v", kEver, through(9)},
+      }},
+      {"SBAssistantController", "SBUIPluginHost", kSpringBoard, kEver, kStill, {
           {"+sharedInstance", "@@:"},
           {"-isPluginVisible", "C@:"},
-          {"-activatePluginForEvent:", "v@:q", kEver, through(9)},
           {"-activatePluginForEvent:eventSource:context:", "C@:ii^v", since(10)},
       }},
 
       // ---- SpringBoard: Control Center ----
-      {"SBControlCenterButton", "UIButton", kSpringBoard, kEver, through(8), {
+      {"SBUIControlCenterButton", "UIButton", kSpringBoard, kEver, through(9), {
           {"-_pressAction", "v@:"},
           {"-identifier", "@@:"},
       }},
-      {"SBUIControlCenterButton", "UIButton", kSpringBoard, since(9), through(9), {
-          {"-_pressAction", "v@:"},
-          {"-identifier", "@@:"},
-      }},
+      {"SBControlCenterButton", "SBUIControlCenterButton", kSpringBoard, kEver, through(9), {}},
       {"SBCCQuickLaunchSectionController", "UIViewController", kSpringBoard, kEver, through(9), {
           {"-_activateAppWithBundleId:url:", "v@:@@"},
       }},
-      {"CCUIControlCenterPushButton", "UIButton", kSpringBoard, since(10), through(10), {
+      {"CCUIControlCenterButton", "UIButton", kSpringBoard, since(10), through(10), {
           {"-_pressAction", "v@:"},
+      }},
+      {"CCUIControlCenterPushButton", "CCUIControlCenterButton", kSpringBoard, since(10),
+       through(10), {
           {"-identifier", "@@:"},
       }},
       {"CCUIRoundButton", "UIControl", kSpringBoard, since(11), kStill, {}},

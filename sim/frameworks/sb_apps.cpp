@@ -247,6 +247,7 @@ id rootFolderIcons(id, SEL) {
 
 // A tap on an icon, as the icon controller receives it.
 void iconTapped(id, SEL, id icon) {
+  if (launchBookmarkIcon(icon)) return;
   if (stateOf<IconState>(icon).folder) {
     if (atLeast(11)) {
       send<void>(icon, Sel("launchFromLocation:context:activationSettings:actions:"), 0L,
@@ -326,16 +327,17 @@ id frontMostApplication(id, SEL) {
 }
 
 void menuButtonDown(id, SEL, void*) {}
-// Home closes what is on top, one thing a press: a shortcut menu, the
-// switcher, the front app. The home screen comes back as it was left, with
-// a folder still open when one was; on the home screen itself home closes
-// the open folder.
+// Home closes what is on top, one thing a press: Siri, a shortcut menu,
+// icon editing, the switcher, the front app. The home screen comes back as
+// it was left, with a folder still open when one was; on the home screen
+// itself home closes the open folder.
 void menuButtonUp(id, SEL, void*) {
+  if (closeSiri()) return;
   if (springBoard().locked) {
     host::logEvent("button", "home on the lock screen");
     return;
   }
-  if (closeShortcutMenu()) return;
+  if (closeShortcutMenu() || endIconEditing()) return;
   if (springBoard().switcherVisible) {
     pressHomeInSwitcher();
     return;
@@ -419,6 +421,13 @@ id appIconNamed(const std::string& bundleIdentifier) {
   return nullptr;
 }
 
+bool removeAppIcon(const std::string& bundleIdentifier) {
+  id icon = appIconNamed(bundleIdentifier);
+  if (icon == nullptr) return false;
+  std::erase_if(appIcons(), [icon](const Retained& r) { return r.get() == icon; });
+  return true;
+}
+
 id folderIconNamed(const std::string& displayName) {
   for (auto& icon : folderIcons()) {
     if (platform::toString(iconDisplayName(icon.get(), nullptr)) == displayName) return icon.get();
@@ -459,6 +468,7 @@ void defineSpringBoardApps() {
   ClassBuilder iconController("SBIconController", "NSObject");
   iconController.ivar("_iconModel");
   addForceTouchIconView(iconController);
+  addIconEditing(iconController);
   iconController.classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
       .instance("openFolder", imp(openFolder), "@@:")
       .instance("clearHighlightedIcon", imp(clearHighlightedIcon), "v@:")

@@ -234,6 +234,10 @@ Value shortcutAction(const host::ActionRequest& request, std::string* error) {
 
 }  // namespace
 
+id iconViewNamed(const std::string& name) {
+  return newMenu(platform::classNamed("SBIconView"), name, true);
+}
+
 bool closeShortcutMenu() {
   if (springBoard().shortcutMenu.empty()) return false;
   host::logEvent("shortcut", "menu of " + springBoard().shortcutMenu + " closed");

@@ -65,6 +65,8 @@ void defineSpringBoard() {
   defineSpringBoardShortcuts();
   defineSpringBoardLaunchers();
   defineSpringBoardPower();
+  defineSpringBoardSystem();
+  defineSpringBoardControlCenter();
   defineSharedClasses();
   defineSpringBoardBiometrics();
 }

@@ -149,6 +149,8 @@ void defineSpringBoardShortcuts();
 void defineSpringBoardLaunchers();
 void defineSpringBoardBiometrics();
 void defineSpringBoardPower();
+void defineSpringBoardSystem();
+void defineSpringBoardControlCenter();
 void startSpringBoard();
 
 // Methods that modules give the classes several of them share, before
@@ -166,5 +168,20 @@ void addBulletinLaunches(host::ClassBuilder& userAgent);
 void addForceTouchIconView(host::ClassBuilder& iconController);
 void addPowerActions(host::ClassBuilder& springBoardClass);
 void addBatteryState(host::ClassBuilder& uiController);
+void addIconEditing(host::ClassBuilder& iconController);
+
+// ---- What the home button and the home screen ask of other modules ----
+
+// Siri goes away; true iff it showed.
+bool closeSiri();
+// Icon editing ends through the icon controller; true iff it was on.
+bool endIconEditing();
+// Launches a web bookmark's icon; false when `icon` is no bookmark.
+bool launchBookmarkIcon(id icon);
+// Takes the app's icon off the home screen; false when there is none.
+bool removeAppIcon(const std::string& bundleIdentifier);
+// A view of the home screen's icon of `name` (a bundle identifier or a
+// folder's name), kept for the life of the process.
+id iconViewNamed(const std::string& name);
 
 }  // namespace kv::sim::frameworks

@@ -18,6 +18,7 @@ void defineUIKitGraphics();
 void defineUIKitViews();
 void defineUIKitControls();
 void defineUIKitGestures();
+void defineUIKitTargetAction();
 void defineUIKitControllers();
 
 using host::ClassBuilder;
@@ -281,6 +282,7 @@ void defineUIKit() {
   defineUIKitViews();
   defineUIKitControls();
   defineUIKitGestures();
+  defineUIKitTargetAction();
   defineUIKitControllers();
 }
 

@@ -104,6 +104,10 @@ void transition(id from, id to, BOOL animated) {
 void adopt(id nav, id controller) {
   stateOf<ControllerState>(controller).parent = nav;
 }
+// A child view controller answers its container as its parent.
+void controllerAddChild(id self, SEL, id child) {
+  adopt(self, child);
+}
 void disown(id nav, id controller) {
   if (stateOf<ControllerState>(controller).parent == nav) {
     stateOf<ControllerState>(controller).parent = nullptr;
@@ -190,6 +194,7 @@ void defineUIKitControllers() {
       .instance("title", imp(controllerTitle), "@@:")
       .instance("setTitle:", imp(controllerSetTitle), "v@:@")
       .instance("parentViewController", imp(controllerParent), "@@:")
+      .instance("addChildViewController:", imp(controllerAddChild), "v@:@")
       .instance("navigationController", imp(controllerNavigation), "@@:")
       .build();
   ClassBuilder("UINavigationController", "UIViewController")

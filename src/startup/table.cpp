@@ -7,12 +7,14 @@
 #include "core/identities.h"
 #include "prompt/glyph_timing.h"
 #include "prompt/passcode_field_hooks.h"
+#include "springboard/control_center.h"
 #include "springboard/folders.h"
 #include "springboard/launch_agent.h"
 #include "springboard/launch_icons.h"
 #include "springboard/launch_other.h"
 #include "springboard/launch_urls.h"
 #include "springboard/launch_workspace.h"
+#include "springboard/system_actions.h"
 #include "springboard/system_power.h"
 #include "startup/additions.h"
 #include "startup/second_stage.h"
@@ -90,17 +92,20 @@ const Row kSpringBoardIOS10Rows[] = {
     pendingAddition("NCNotificationPriorityListViewController", "-_kv_reInsertAll", "v@:"),
     pendingAddition("NCNotificationPriorityListViewController", "-kavelinCell", "@@:"),
     pendingAddition("NCNotificationPriorityListViewController", "-indexPathOfKavelinCell", "@@:"),
-    pendingRow("SBBacklightController", "-shouldTurnOnScreenForBacklightSource:"),
+    replaced<&springboard::shouldTurnOnScreen>("SBBacklightController",
+                                               "-shouldTurnOnScreenForBacklightSource:"),
     pendingRow("SBBacklightController",
                "-_animateBacklightToFactor:duration:source:silently:completion:"),
     pendingRow("_SBUIBiometricKitInterface", "-init"),
 };
 
 const Row kSpringBoardIOS11Rows[] = {
-    pendingRow("CCUIContentModuleContainerViewController",
-               "-_previewInteraction:viewControllerPresentationForPresentingViewController:"),
-    pendingRow("CCUIButtonModuleView", "-touchesEnded:withEvent:"),
-    pendingRow("CCUIRoundButton", "-touchesEnded:withEvent:"),
+    replaced<&springboard::moduleExpansion>(
+        "CCUIContentModuleContainerViewController",
+        "-_previewInteraction:viewControllerPresentationForPresentingViewController:"),
+    replaced<&springboard::moduleButtonTouchesEnded>("CCUIButtonModuleView",
+                                                     "-touchesEnded:withEvent:"),
+    replaced<&springboard::roundButtonTouchesEnded>("CCUIRoundButton", "-touchesEnded:withEvent:"),
     replaced<&springboard::serviceShutdown>("FBSystemService", "-shutdownWithOptions:"),
     replaced<&springboard::serviceReboot>("FBSystemService", "-shutdownAndReboot:"),
     replaced<&springboard::serviceRelaunch>("FBSystemService", "-exitAndRelaunch:"),
@@ -157,9 +162,10 @@ const Row kSpringBoardRows[] = {
     pendingRow("SBLockScreenCameraController", "-_didActivate"),
     replaced<&springboard::peekPresent>("SBUIIconForceTouchViewController",
                                         "-presentAnimated:withCompletionHandler:"),
-    pendingRow("SBIconController", "-setIsEditing:withFeedbackBehavior:"),
-    pendingRow("SBIconController", "-setIsEditing:"),
-    pendingRow("SBIconController", "-iconCloseBoxTapped:"),
+    replaced<&springboard::iconsSetEditingWithFeedback>("SBIconController",
+                                                        "-setIsEditing:withFeedbackBehavior:"),
+    replaced<&springboard::iconsSetEditing>("SBIconController", "-setIsEditing:"),
+    replaced<&springboard::iconCloseBoxTapped>("SBIconController", "-iconCloseBoxTapped:"),
     pendingRow("SBAppSliderSnapshotView", "-_cachedImageForImageInfos:foundInfo:"),
     pendingRow("SBAppSliderSnapshotView", "-_cachedImageForImageInfos:downscaled:foundInfo:"),
     pendingRow("SBAppSliderSnapshotView", "-_defaultImageforImageInfo:"),
@@ -212,23 +218,26 @@ const Row kSpringBoardRows[] = {
     replaced<&springboard::bulletinLaunchWithAction>(
         "SBUserAgent", "-launchFromPushOrLocalBulletin:actionIdentifier:origin:"),
     replaced<&springboard::bulletinLaunch>("SBUserAgent", "-launchFromPushOrLocalBulletin:origin:"),
-    pendingRow("SBUILongNumericPasscodeEntryField", "-_okButtonHit"),
+    replaced<&springboard::longPasscodeOkButtonHit>("SBUILongNumericPasscodeEntryField",
+                                                    "-_okButtonHit"),
     replaced<&springboard::folderRename>("SBFolder", "-setDisplayName:"),
-    pendingRow("SBBookmarkIcon", "-launchFromLocation:context:activationSettings:actions:"),
+    replaced<&springboard::bookmarkLaunch>(
+        "SBBookmarkIcon", "-launchFromLocation:context:activationSettings:actions:"),
     replaced<&springboard::folderLaunch>("SBFolderIcon", "-launchFromLocation:"),
     replaced<&springboard::folderLaunchWithContext>("SBFolderIcon", "-launchFromLocation:context:"),
     replaced<&springboard::folderLaunchWithSettings>(
         "SBFolderIcon", "-launchFromLocation:context:activationSettings:actions:"),
     replaced<&springboard::workspaceOpenRequest>(
         "SBWorkspace", "-workspace:handleOpenApplicationRequest:withOptions:origin:withResult:"),
-    pendingRow("CCUIControlCenterPushButton", "-_pressAction"),
-    pendingRow("SBControlCenterButton", "-_pressAction"),
-    pendingRow("SBUIControlCenterButton", "-_pressAction"),
+    replaced<&springboard::pushButtonPress>("CCUIControlCenterPushButton", "-_pressAction"),
+    replaced<&springboard::controlCenterButtonPress>("SBControlCenterButton", "-_pressAction"),
+    replaced<&springboard::uiControlCenterButtonPress>("SBUIControlCenterButton", "-_pressAction"),
     replaced<&springboard::quickLaunch>("SBCCQuickLaunchSectionController",
                                         "-_activateAppWithBundleId:url:"),
     replaced<&springboard::lockScreenImageWell>("PLCameraView", "-_imageWellTapped:"),
-    pendingRow("SBAssistantController", "-activatePluginForEvent:"),
-    pendingRow("SBAssistantController", "-activatePluginForEvent:eventSource:context:"),
+    replaced<&springboard::assistantActivate>("SBAssistantController", "-activatePluginForEvent:"),
+    replaced<&springboard::assistantActivateFromSource>(
+        "SBAssistantController", "-activatePluginForEvent:eventSource:context:"),
     pendingRow("SBSwitchAppList", "-_bundleIDShouldBeRepresentedInList:"),
     replaced<&springboard::updateBatteryState>("SBUIController", "-updateBatteryState:"),
     replaced<&springboard::activateFromIcon>("SBUIController",

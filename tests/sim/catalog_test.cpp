@@ -235,14 +235,13 @@ TEST(CatalogTest, CatalogCallsAreRecordedAndAnswerZero) {
   id container = host::newObject(classNamed("CCUIContentModuleContainerViewController"));
   id wifi = host::newObject(classNamed("CCUIConnectivityWifiViewController"));
 
-  const Sel kPresentation(
-      "_previewInteraction:viewControllerPresentationForPresentingViewController:");
   testing::internal::CaptureStderr();
-  EXPECT_EQ(send<id>(container, kPresentation, id{nullptr}, id{nullptr}), nullptr);
+  EXPECT_EQ(send<id>(container, Sel("contentModule")), nullptr);
   CGRect rect = send<CGRect>(container, Sel("_contentFrameForRestState"));
   EXPECT_TRUE(rect.origin.x == 0 && rect.origin.y == 0 && rect.size.width == 0 &&
               rect.size.height == 0);
-  EXPECT_EQ(send<BOOL>(sharedOf("SBAssistantController"), Sel("isPluginVisible")), 0);
+  id center = sendClass<id>(classNamed("TUCallCenter"), Sel("sharedInstance"));
+  EXPECT_EQ(send<id>(center, Sel("incomingCall")), nullptr);
   EXPECT_EQ(send<double>(sharedOf("SBBacklightController"), Sel("defaultLockScreenDimInterval")),
             0.0);
   send<void>(wifi, Sel("presentViewController:animated:completion:"), id{nullptr}, BOOL{1},
@@ -254,10 +253,9 @@ TEST(CatalogTest, CatalogCallsAreRecordedAndAnswerZero) {
   std::string log = testing::internal::GetCapturedStderr();
 
   for (const char* call : {
-           "CCUIContentModuleContainerViewController "
-           "-_previewInteraction:viewControllerPresentationForPresentingViewController:",
+           "CCUIContentModuleContainerViewController -contentModule",
            "CCUIContentModuleContainerViewController -_contentFrameForRestState",
-           "SBAssistantController -isPluginVisible",
+           "TUCallCenter -incomingCall",
            "SBBacklightController -defaultLockScreenDimInterval",
            // An inherited catalog method names the receiver's own class.
            "CCUIConnectivityWifiViewController -presentViewController:animated:completion:",
@@ -311,8 +309,11 @@ TEST(CatalogTest, MethodsDefinedBeforeTheCatalogAreKept) {
   Class entryField = host::ClassBuilder("SBUIPasscodeEntryField", "NSObject")
                          .instance("_okButtonHit", host::imp(okButtonHit), "C@:")
                          .build();
+  Class longField =
+      host::ClassBuilder("SBUILongNumericPasscodeEntryField", "SBUIPasscodeEntryField").build();
   ASSERT_NE(assistant, nullptr);
   ASSERT_NE(entryField, nullptr);
+  ASSERT_NE(longField, nullptr);
   Class exception = classNamed("NSException");
   IMP raise = method_getImplementation(class_getClassMethod(exception, Sel("raise:format:")));
   defineFrameworks();
@@ -324,8 +325,6 @@ TEST(CatalogTest, MethodsDefinedBeforeTheCatalogAreKept) {
             nullptr)
       << "iOS 10's variant on iOS 9";
   // The subclass inherits the behaviour module's method instead of getting its own.
-  Class longField = classNamed("SBUILongNumericPasscodeEntryField");
-  ASSERT_NE(longField, nullptr);
   EXPECT_FALSE(hasOwn(longField, "_okButtonHit"));
   EXPECT_EQ(method_getImplementation(class_getInstanceMethod(longField, Sel("_okButtonHit"))),
             host::imp(okButtonHit));
