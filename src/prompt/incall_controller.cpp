@@ -88,11 +88,17 @@ id resource() {
   return core::sharedInstanceOf("SBUIBiometricResource");
 }
 
+bool callRinging() {
+  return sendIfResponds<id>(core::sharedInstanceOf("TUCallCenter"), kIncomingCall) != nullptr;
+}
+
 // Takes the sensor's events: the biometric resource with an assertion on
-// iOS 11, the event monitor (matching switched on) before it.
+// iOS 11, the event monitor (matching switched on) before it. Only while a
+// call rings: a start scheduled for a call that has ended since would keep
+// the sensor from the prompt.
 void startMatching(id self, SEL) {
   InCallMatching& m = matching();
-  if (m.isMatching || !core::biometricsInUse()) return;
+  if (m.isMatching || !core::biometricsInUse() || !callRinging()) return;
   m.isMatching = true;
   platform::AutoreleasePool pool;
   if (ios11()) {
@@ -175,10 +181,7 @@ void handleEvent(id self, long code) {
     dispatch_after(
         dispatch_time(DISPATCH_TIME_NOW, static_cast<int64_t>(kFaceRestartDelay * NSEC_PER_SEC)),
         dispatch_get_main_queue(), ^{
-          id center = core::sharedInstanceOf("TUCallCenter");
-          if (sendIfResponds<id>(center, kIncomingCall) != nullptr) {
-            startMatching(keep.get(), nullptr);
-          }
+          if (callRinging()) startMatching(keep.get(), nullptr);
         });
   }
   m.lastPublished = *published;
