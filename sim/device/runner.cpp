@@ -121,6 +121,8 @@ const ActionSpec kActions[] = {
     {"Camera", "image-well", 1, 1, "image-well tap|press",
      "tap the camera's last-photo thumbnail (on iOS 11 the library opens as the finger leaves "
      "it) / long-press it: from iOS 9 a preview of the last photo peeks"},
+    {"Camera", "close-library", 0, 0, "close-library",
+     "leave the photo library (or the preview) for the viewfinder"},
 };
 
 const ActionSpec* actionSpec(const std::string& name) {

@@ -55,7 +55,7 @@ CGRect screenBounds() {
 // What every version's image-well handler ends in.
 void openPhotoLibrary(id self, SEL cmd, id) {
   host::logEvent("camera", std::string(platform::classNameOf(self)) + " -" +
-                               platform::selectorName(cmd) + ": photo library opened");
+                               platform::selectorName(cmd) + " opens the photo library");
   app().libraryShown = true;
 }
 
@@ -150,6 +150,19 @@ Value imageWellAction(const host::ActionRequest& request, std::string* error) {
   return {};
 }
 
+// The person leaves the photo library (or the preview) for the viewfinder.
+Value closeLibraryAction(const host::ActionRequest&, std::string* error) {
+  CameraAppState& s = app();
+  if (!s.libraryShown && !s.previewShown) {
+    *error = "neither the photo library nor a preview shows";
+    return {};
+  }
+  s.libraryShown = false;
+  s.previewShown = false;
+  host::logEvent("camera", "back to the viewfinder");
+  return {};
+}
+
 }  // namespace
 
 void defineCameraApp() {
@@ -175,6 +188,7 @@ void defineCameraApp() {
     preview.instance("_handlePreviewGesture:", imp(previewGesture), "v@:@").build();
   }
   host::registerAction("image-well", imageWellAction);
+  host::registerAction("close-library", closeLibraryAction);
   host::registerQuery("camera", [](const std::vector<std::string>&) {
     return Value::dictionary({{"photoLibrary", Value::boolean(app().libraryShown)},
                               {"preview", Value::boolean(app().previewShown)}});
