@@ -158,7 +158,11 @@ const ActionSpec kActions[] = {
      "numeric passcode) and tap its OK key"},
     {"Preferences", "open-pane", 1, 1, "open-pane ID",
      "tap the settings row whose specifier id is ID"},
-    {"Camera", "image-well", 1, 1, "image-well tap", "tap the camera's last-photo thumbnail"},
+    {"Camera", "image-well", 1, 1, "image-well tap|press",
+     "tap the camera's last-photo thumbnail (on iOS 11 the library opens as the finger leaves "
+     "it) / long-press it: from iOS 9 a preview of the last photo peeks"},
+    {"Camera", "close-library", 0, 0, "close-library",
+     "leave the photo library (or the preview) for the viewfinder"},
 };
 
 const ActionSpec* actionSpec(const std::string& name) {
@@ -386,6 +390,7 @@ class Runner {
       case K::kMark:
         device().log().mark();
         return true;
+      case K::kPhone: return ring(s, failure);
       case K::kSnapshot:
         if (options_.album == nullptr) return true;  // no pictures asked for: it costs nothing
         return takeSnapshot(device(), *options_.album, options_.pictureScale, file_, s.line, s.name,
@@ -403,6 +408,24 @@ class Runner {
     }
     *failure = "unknown statement";
     return false;
+  }
+
+  // The phone's statements reach SpringBoard's and the in-call screen's
+  // telephony alike, SpringBoard's first, as the call centre tells both.
+  bool ring(const Statement& s, std::string* failure) {
+    std::vector<std::string> args{s.action};
+    args.insert(args.end(), s.args.begin(), s.args.end());
+    std::string what = s.action;
+    for (const auto& a : s.args) what += " " + a;
+    device().note("phone", "call", what);
+    bool any = false;
+    for (const char* process : {"SpringBoard", "InCallService"}) {
+      if (!device().running(process)) continue;
+      any = true;
+      if (!device().action(process, "call", args, "", nullptr, failure)) return false;
+    }
+    if (!any) *failure = "neither SpringBoard nor InCallService is running to take the call";
+    return any;
   }
 
   void flush() {
@@ -690,6 +713,48 @@ bool runningHolds(Runner& r, const Statement& s, std::string* seen) {
   return r.device().running(s.predicateArgs[0]);
 }
 
+// Asks the in-call screen; a failure to answer is what was seen.
+std::optional<Value> askInCall(Runner& r, std::string* seen) {
+  std::string error;
+  auto answer = r.device().query("InCallService", "caller", {}, &error);
+  if (!answer) *seen = error;
+  return answer;
+}
+
+bool callerHolds(Runner& r, const Statement& s, std::string* seen) {
+  auto caller = askInCall(r, seen);
+  if (!caller) return false;
+  if (!(*caller)["screen"].asBool()) {
+    *seen = "no call screen shows";
+    return false;
+  }
+  *seen = "the name line reads \"" + (*caller)["name"].asString() + "\"";
+  return (*caller)["name"].asString() == s.predicateArgs[0];
+}
+
+bool callerPhotoHolds(Runner& r, const Statement& s, std::string* seen) {
+  auto caller = askInCall(r, seen);
+  if (!caller) return false;
+  bool shown = (*caller)["photo"].asBool();
+  *seen = shown ? "the caller's photo shows" : "no caller photo shows";
+  return shown == (s.predicateArgs[0] == "shown");
+}
+
+// photo-library / photo-preview: what the Camera app shows.
+bool cameraHolds(Runner& r, const Statement& s, std::string* seen) {
+  std::string error;
+  auto camera = r.device().query("Camera", "camera", {}, &error);
+  if (!camera) {
+    *seen = error;
+    return false;
+  }
+  bool library = s.predicate == "photo-library";
+  bool shown = (*camera)[library ? "photoLibrary" : "preview"].asBool();
+  *seen = std::string(library ? "the photo library" : "the preview") +
+          (shown ? " shows" : " does not show");
+  return shown;
+}
+
 bool fileHolds(Runner& r, const Statement& s, std::string* seen) {
   *seen = s.predicateArgs[0] + " does not exist";
   return r.device().fileExists(s.predicateArgs[0]);
@@ -738,6 +803,14 @@ const std::vector<PredicateSpec>& predicates() {
       {"editing", 0, 0, "editing", "icons are in editing mode", springBoardFlagHolds},
       {"cc", 2, 2, "cc ITEM on|off",
        "Control Center's toggle ITEM is on or off, and its button shows it so", ccHolds},
+      {"caller", 1, 1, "caller \"TEXT\"", "the in-call screen's name line reads TEXT", callerHolds},
+      {"caller-photo", 1, 1, "caller-photo shown|hidden",
+       "the in-call screen shows the caller's photo / does not", callerPhotoHolds},
+      {"photo-library", 0, 0, "photo-library", "the photo library is showing in the Camera app",
+       cameraHolds},
+      {"photo-preview", 0, 0, "photo-preview",
+       "the Camera app shows the preview of the last photo (a press on the image well)",
+       cameraHolds},
       {"switcher", 0, -1, "switcher [BUNDLE-ID...]",
        "the app switcher shows (with exactly these items, most recent first)", switcherHolds},
   };
@@ -796,6 +869,8 @@ std::optional<ParseError> validateScenario(const Scenario& scenario) {
         }
       }
       if (s.predicate == "cc" && s.predicateArgs[1] != "on" && s.predicateArgs[1] != "off") {
+      if (s.predicate == "caller-photo" && s.predicateArgs[0] != "shown" &&
+          s.predicateArgs[0] != "hidden") {
         return fail("expected " + std::string(p->usage));
       }
       if (s.predicate == "file" && n == 2 && s.predicateArgs[1] != "exists") {
@@ -902,6 +977,11 @@ std::string helpText() {
       "  advance SECONDS         virtual time passes (fractions allowed)\n"
       "  battery critical|normal the battery reaches (or leaves) its critical level\n"
       "  mark                    start a new window for posted, launched, log and sent\n"
+      "  incoming-call NUMBER [name \"NAME\"] / outgoing-call NUMBER / answer / hang-up\n"
+      "                          the phone: a call rings (from a contact with a photo when it\n"
+      "                          has a name), is placed, answered (the ringing or waiting\n"
+      "                          call), ended (the latest call); SpringBoard and InCallService\n"
+      "                          see it\n"
       "  snapshot NAME           a picture of the screen now, when the run takes pictures\n"
       "                          (--pictures); otherwise nothing\n"
       "  expect [not] PREDICATE\n\n"

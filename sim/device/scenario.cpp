@@ -422,6 +422,24 @@ std::string parseExpect(const Verb& verb, const Line& line, Statement& st, Conte
   return {};
 }
 
+// incoming-call NUMBER [name "NAME"] / outgoing-call NUMBER / answer / hang-up
+std::string parsePhone(const Verb& verb, const Line& line, Statement& st, Context& ctx) {
+  if (!ctx.started) return std::string(verb.word) + " needs a started process to ring";
+  const std::string_view word = verb.word;
+  st.action = word == "incoming-call"   ? "incoming"
+              : word == "outgoing-call" ? "outgoing"
+                                        : std::string(word);
+  if (st.action == "answer" || st.action == "hang-up") return arity(verb, line, 0, 0);
+  size_t most = st.action == "incoming" ? 3 : 1;
+  if (std::string error = arity(verb, line, 1, most); !error.empty()) return error;
+  st.args.push_back(line.word(1));
+  if (line.size() == 2) return {};
+  if (line.word(2) != "name") return usageError(verb, "unexpected '" + line.word(2) + "'");
+  if (line.size() != 4 || line.word(3).empty()) return usageError(verb, "missing name after name");
+  st.args.push_back(line.word(3));
+  return {};
+}
+
 constexpr Verb kVerbs[] = {
     {"device", Kind::kDevice,
      "device iphone|ipad ios VERSION [touchid|faceid|none] [identities N] [passcode|no-passcode] "
@@ -448,6 +466,10 @@ constexpr Verb kVerbs[] = {
     {"extension", Kind::kExtension, "extension NAME...", parseDeviceWords},
     {"snapshot", Kind::kSnapshot, "snapshot NAME", parseSnapshot},
     {"battery", Kind::kAction, "battery critical|normal", parseBattery},
+    {"incoming-call", Kind::kPhone, "incoming-call NUMBER [name \"NAME\"]", parsePhone},
+    {"outgoing-call", Kind::kPhone, "outgoing-call NUMBER", parsePhone},
+    {"answer", Kind::kPhone, "answer", parsePhone},
+    {"hang-up", Kind::kPhone, "hang-up", parsePhone},
 };
 
 // Parses `PROCESS: ACTION [ARGS]`, whose first word ends with a colon.

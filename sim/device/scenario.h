@@ -45,6 +45,7 @@ struct Statement {
     kExpect,
     kMissing, kBundle, kExtension,
     kSnapshot,
+    kPhone,
   };
   Kind kind = Kind::kMark;
   int line = 0;      // 1-based
@@ -68,6 +69,9 @@ struct Statement {
 
   // kStart: "SpringBoard", "Preferences", "Camera", "InCallService" or "app:BUNDLE-ID".
   std::vector<std::string> processes;
+
+  // kPhone: the phone's statements: action is "incoming", "outgoing", "answer" or "hang-up";
+  // args the number and, for an incoming call from a contact, the name.
 
   // kAction: "PROCESS: ACTION ARGS". process is the name before the colon (a bundle identifier
   // for an app); rest is the raw text after the action word, so JSON arguments keep their spaces.

@@ -161,11 +161,11 @@ const std::vector<CatalogClass>& table() {
       }},
 
       // ---- The in-call screen ----
-      {"PHCallViewController", "UIViewController", kInCall, kEver, kStill, {}},
-      {"PHAudioCallViewController", "PHCallViewController", kInCall, kEver, kStill, {
+      {"PHCallViewController", "UIViewController", kInCall, since(9), kStill, {}},
+      {"PHAudioCallViewController", "PHCallViewController", kInCall, since(9), kStill, {
           {"-setBackgroundImage:", "v@:@"},
       }},
-      {"PHCallParticipantsViewController", "UIViewController", kInCall, kEver, kStill, {
+      {"PHCallParticipantsViewController", "UIViewController", kInCall, since(9), kStill, {
           {"-overrideStringForParticipantsView:", "@@:@"},
           {"-participantsView", "@@:"},
       }},
@@ -199,14 +199,14 @@ const std::vector<CatalogClass>& table() {
 
       // ---- The Camera app (and the iOS 8 lock-screen camera in SpringBoard) ----
       {"CAMViewfinderViewController", "UIViewController", kCamera, since(9), kStill, {
-          {"-_handleImageWellTapped:", "v@:@"},
-          {"-_handleImageWellReleased:", "v@:@", since(10)},
+          {"-_handleImageWellTapped:", "v@:@", since(9), through(10)},
+          {"-_handleImageWellReleased:", "v@:@", since(11)},
       }},
       {"CAMImageWell", "UIButton", kCamera, kEver, kStill, {}},
       {"CAMCameraView", "UIView", kCamera, kEver, through(8), {
           {"-_imageWellTapped:", "v@:@"},
       }},
-      {"CMKCameraView", "UIView", kCamera, kEver, through(8), {
+      {"CMKCameraView", "UIView", kCamera, since(9), kStill, {
           {"-_imageWellTapped:", "v@:@"},
       }},
       {"PLCameraView", "UIView", kCamera | kSpringBoard, kEver, through(8), {
@@ -376,6 +376,7 @@ const std::vector<CatalogClass>& table() {
           {"-unlockUIFromSource:withOptions:", "C@:i@", since(10)},
           {"-_bioAuthenticated:", "v@:@"},
           {"-lockScreenViewController", "@@:"},
+          {"-_relockUIForButtonlikeSource:afterCall:", "v@:iC"},
       }},
       {"SBLockScreenSlideUpToAppController", "NSObject", kSpringBoard, kEver, through(9), {
           {"-finalizeGesture", "v@:"},
@@ -824,6 +825,12 @@ const CatalogMethod* cataloguedHere(const char* className, const char* method) {
 bool cataloguedHere(const char* className) {
   const CatalogClass* row = rowNamed(className);
   return row != nullptr && appliesHere(*row);
+}
+
+Class defineCatalogued(const char* className) {
+  const CatalogClass* row = rowNamed(className);
+  if (row == nullptr || !appliesHere(*row)) return nullptr;
+  return defineRow(*row);
 }
 
 bool addCatalogued(host::ClassBuilder& builder, const char* method, IMP imp) {

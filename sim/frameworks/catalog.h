@@ -68,6 +68,11 @@ bool cataloguedHere(const char* className);
 // way, so that which version has what is said once, in the catalog.
 bool addCatalogued(host::ClassBuilder& builder, const char* method, IMP imp);
 
+// Makes the catalog class `className` (and its superclasses) exist now, as
+// the catalog defines it, for a behaviour module that builds on it; nullptr
+// where it does not apply here.
+Class defineCatalogued(const char* className);
+
 // Makes every catalog class that applies here exist with every method this
 // version has. A method the class already has (its own, or inherited from a
 // class below the root) is left as it is; the others are added as calls that

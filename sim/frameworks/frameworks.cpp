@@ -14,11 +14,24 @@ void definePasscodeField();
 void defineBiometricKit();
 void defineSpringBoard();
 void defineClients();
+void defineTelephony();
+void defineInCallScreen();
+void defineCameraApp();
 // The catalog: every other class and method of the platform that the library
 // names, as calls that are recorded and answer zero.
 void defineCatalog();
 
 void startSpringBoard();
+void startCameraApp();
+
+namespace {
+
+// The Camera app, recognised as the catalog recognises it.
+bool inCamera() {
+  return inProcess("Camera") || system().bundleIdentifier == "com.apple.camera";
+}
+
+}  // namespace
 
 void defineFrameworks() {
   defineUIKit();
@@ -27,12 +40,16 @@ void defineFrameworks() {
   definePasscodeField();
   defineBiometricKit();
   if (inProcess("SpringBoard")) defineSpringBoard();
+  if (inProcess("SpringBoard") || inProcess("InCallService")) defineTelephony();
+  if (inProcess("InCallService")) defineInCallScreen();
+  if (inCamera()) defineCameraApp();
   defineCatalog();
   defineClients();
 }
 
 void startProcess() {
   if (inProcess("SpringBoard")) startSpringBoard();
+  if (inCamera()) startCameraApp();
 }
 
 }  // namespace kv::sim::frameworks

@@ -196,6 +196,14 @@ std::optional<std::string> storedString(const char* key) {
   return readString(key);
 }
 
+std::optional<bool> storedBool(const char* key) {
+  {
+    platform::AutoreleasePool pool;
+    CFPreferencesAppSynchronize(platform::cf(domainName()));
+  }
+  return readBool(key);
+}
+
 void setBiometricsInUse(bool inUse) {
   snapshot().biometricsInUse = inUse;
 }

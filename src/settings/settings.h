@@ -71,6 +71,7 @@ void storeProtectedFolders(std::vector<std::string> folders);
 // not depend on the snapshot; a value of another type reads as absent.
 std::optional<int> storedInteger(const char* key);
 std::optional<std::string> storedString(const char* key);
+std::optional<bool> storedBool(const char* key);
 
 // One trusted network as the settings pane stores it.
 struct TrustedNetwork {

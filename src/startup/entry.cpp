@@ -6,6 +6,7 @@
 
 #include <string>
 
+#include "core/camera_request.h"
 #include "core/controller.h"
 #include "core/file_channel.h"
 #include "core/identities.h"
@@ -13,7 +14,10 @@
 #include "core/wifi.h"
 #include "platform/foundation.h"
 #include "platform/runtime.h"
+#include "processes/camera.h"
+#include "processes/incall.h"
 #include "prompt/alert_view.h"
+#include "prompt/incall_controller.h"
 #include "settings/controllers.h"
 #include "settings/feedback.h"
 #include "settings/notifications.h"
@@ -52,7 +56,10 @@ void inCallSection() {
   computeFlag(VersionFlag::kIOS10OrLater);
   installGroup(Group::kInCall);
   registerToken(Note::kCallerIdHandling);
-  // The caller-settings reader and the names observer come with caller-name protection.
+  processes::loadCallerSettings();
+  observe(Note::kPrefsChanged, processes::callerSettingsChanged);
+  observe(Note::kCallerIdHandling, processes::callerSettingsChanged);
+  observe(Note::kAllowInCallNames, processes::inCallNamesChanged);
   registerToken(Note::kAllowInCallNames);
 }
 
@@ -74,8 +81,12 @@ void settingsSection() {
 void cameraSection() {
   setRole(Role::kCamera);
   installGroup(Group::kCamera);
-  // The photo-library answers are observed by the camera guards.
-  if (flags().isIOS11) registerToken(Note::kInCameraPhotosProtection);
+  observe(Note::kAllowedInCamPhotos, processes::cameraPhotosAllowed);
+  observe(Note::kAllowedInCamPhotos9, processes::cameraPhotosAllowed9);
+  if (flags().isIOS11) {
+    registerToken(Note::kInCameraPhotosProtection);
+    observe(Note::kAllowedInCamPhotos11, processes::cameraPhotosAllowed11);
+  }
 }
 
 void springBoardSection() {
@@ -96,6 +107,7 @@ void springBoardSection() {
   if (flags().isIOS8OrLater) installGroup(Group::kSpringBoardIOS8);
   core::defineKavelinController();
   prompt::defineAlertView();
+  prompt::defineInCallController();
   settings::defineSettingsControllers();
   installGroup(Group::kSpringBoard);
   settings::setBiometricsInUse(core::biometricHardwareInUse(settings::current().onlyPasscode));
@@ -124,6 +136,7 @@ void springBoardSection() {
   if (flags().isIOS11) {
     observe(Note::kEnrollmentChanged, core::enrollmentChanged);
     registerToken(Note::kInCameraPhotosProtection);
+    observe(Note::kCameraAsksForPhotos, core::cameraAsksForPhotos);
   }
 }
 

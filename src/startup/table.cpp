@@ -5,6 +5,8 @@
 #include <set>
 
 #include "core/identities.h"
+#include "processes/camera.h"
+#include "processes/incall.h"
 #include "prompt/glyph_timing.h"
 #include "prompt/passcode_field_hooks.h"
 #include "springboard/control_center.h"
@@ -36,9 +38,12 @@ const Row kAllProcessesRows[] = {
 };
 
 const Row kInCallRows[] = {
-    pendingRow("PHAudioCallViewController", "-setBackgroundImage:"),
-    pendingRow("PHCallParticipantsViewController", "-overrideStringForParticipantsView:"),
-    pendingRow("PHCallParticipantsViewController", "-dealloc"),
+    replaced<&processes::setCallBackgroundImage>("PHAudioCallViewController",
+                                                 "-setBackgroundImage:"),
+    replaced<&processes::overrideParticipantsString>("PHCallParticipantsViewController",
+                                                     "-overrideStringForParticipantsView:"),
+    replaced<&processes::participantsControllerDealloc>("PHCallParticipantsViewController",
+                                                        "-dealloc"),
 };
 
 const Row kSettingsRows[] = {
@@ -65,12 +70,15 @@ const Row kSettingsRows[] = {
 };
 
 const Row kCameraRows[] = {
-    pendingRow("CAMViewfinderViewController", "-_handleImageWellReleased:"),
-    pendingRow("CAMViewfinderViewController", "-_handleImageWellTapped:"),
-    pendingRow("CMKCameraView", "-_imageWellTapped:"),
-    pendingRow("UIPreviewInteractionController", "-startInteractivePreviewWithGestureRecognizer:"),
-    pendingRow("PLCameraView", "-_imageWellTapped:"),
-    pendingRow("CAMCameraView", "-_imageWellTapped:"),
+    replaced<&processes::viewfinderImageWellReleased>("CAMViewfinderViewController",
+                                                      "-_handleImageWellReleased:"),
+    replaced<&processes::viewfinderImageWellTapped>("CAMViewfinderViewController",
+                                                    "-_handleImageWellTapped:"),
+    replaced<&processes::cameraKitImageWellTapped>("CMKCameraView", "-_imageWellTapped:"),
+    replaced<&processes::startImageWellPreview>("UIPreviewInteractionController",
+                                                "-startInteractivePreviewWithGestureRecognizer:"),
+    replaced<&processes::photoLibraryImageWellTapped>("PLCameraView", "-_imageWellTapped:"),
+    replaced<&processes::cameraViewImageWellTapped>("CAMCameraView", "-_imageWellTapped:"),
 };
 
 const Row kSpringBoardIOS10Rows[] = {

@@ -182,9 +182,55 @@ TEST(CatalogTest, CameraAppOnIOS11) {
       .version = "11.1",
       .bundle = "com.apple.camera",
       .present = {"CAMViewfinderViewController -_handleImageWellReleased:", "CAMImageWell",
-                  "UIPreviewInteractionController", "PSListController"},
-      .absent = {"PLCameraView", "CMKCameraView", "CAMCameraView", "SBIconController",
-                 "PrefsListController", "PSUIPrefsListController"},
+                  "UIPreviewInteractionController", "PSListController", "CMKCameraView"},
+      .absent = {"CAMViewfinderViewController -_handleImageWellTapped:", "PLCameraView",
+                 "CAMCameraView", "SBIconController", "PrefsListController",
+                 "PSUIPrefsListController"},
+  });
+}
+
+// The in-call screen's classes are known from iOS 9 on; the call centre
+// everywhere. The camera's image well belongs to CameraKit's view on iOS 8,
+// to the viewfinder from iOS 9, which takes the release instead of the tap
+// on iOS 11 (above).
+TEST(CatalogTest, InCallServiceOnIOS8And11) {
+  expectProfile({
+      .process = "InCallService",
+      .version = "8.4",
+      .bundle = "com.apple.InCallService",
+      .present = {"TUCallCenter -incomingCall", "TUCall -status"},
+      .absent = {"PHAudioCallViewController", "PHCallParticipantsViewController"},
+  });
+}
+TEST(CatalogTest, InCallServiceOnIOS11) {
+  expectProfile({
+      .process = "InCallService",
+      .version = "11.1",
+      .bundle = "com.apple.InCallService",
+      .present = {"PHAudioCallViewController -setBackgroundImage:",
+                  "PHCallParticipantsViewController -overrideStringForParticipantsView:",
+                  "PHCallParticipantsViewController -dealloc", "TUCallCenter -currentCalls"},
+      .absent = {"CAMImageWell", "SBIconController"},
+  });
+}
+TEST(CatalogTest, CameraAppOnIOS8) {
+  expectProfile({
+      .process = "Camera",
+      .version = "8.4",
+      .bundle = "com.apple.camera",
+      .present = {"CAMCameraView -_imageWellTapped:", "CAMImageWell", "PLCameraView"},
+      .absent = {"CAMViewfinderViewController", "CMKCameraView", "UIPreviewInteractionController"},
+  });
+}
+TEST(CatalogTest, CameraAppOnIOS9) {
+  expectProfile({
+      .process = "Camera",
+      .version = "9.3",
+      .bundle = "com.apple.camera",
+      .present = {"CAMViewfinderViewController -_handleImageWellTapped:", "CMKCameraView",
+                  "UIPreviewInteractionController -startInteractivePreviewWithGestureRecognizer:"},
+      .absent = {"CAMViewfinderViewController -_handleImageWellReleased:", "CAMCameraView",
+                 "PLCameraView"},
   });
 }
 
@@ -288,11 +334,11 @@ TEST(CatalogTest, SingletonAccessorsAnswerOneSharedInstance) {
 
   // A chain through the shared instance reaches a recorded call.
   testing::internal::CaptureStderr();
-  id center = sendClass<id>(classNamed("TUCallCenter"), Sel("sharedInstance"));
-  EXPECT_EQ(send<id>(center, Sel("incomingCall")), nullptr);
+  id manager = sendClass<id>(classNamed("SBSIMLockManager"), Sel("sharedInstance"));
+  EXPECT_EQ(send<id>(manager, Sel("lockEntryAlert")), nullptr);
   std::string log = testing::internal::GetCapturedStderr();
-  EXPECT_NE(log.find("call TUCallCenter +sharedInstance\n"), std::string::npos) << log;
-  EXPECT_NE(log.find("call TUCallCenter -incomingCall\n"), std::string::npos) << log;
+  EXPECT_NE(log.find("call SBSIMLockManager +sharedInstance\n"), std::string::npos) << log;
+  EXPECT_NE(log.find("call SBSIMLockManager -lockEntryAlert\n"), std::string::npos) << log;
 }
 
 void activatePlugin(id, SEL, long) {}

@@ -102,6 +102,21 @@ TEST(Scenario, ParsesEveryStatementWithItsFields) {
          EXPECT_FALSE(s.negated);
          EXPECT_EQ(s.predicateRest, "count null");
        }},
+      {"start InCallService\nincoming-call \"+1 555 0100\" name \"Anna Berg\"", Kind::kPhone,
+       [](const Statement& s) {
+         EXPECT_EQ(s.action, "incoming");
+         EXPECT_EQ(s.args, (Strings{"+1 555 0100", "Anna Berg"}));
+       }},
+      {"start SpringBoard\noutgoing-call 112", Kind::kPhone,
+       [](const Statement& s) {
+         EXPECT_EQ(s.action, "outgoing");
+         EXPECT_EQ(s.args, (Strings{"112"}));
+       }},
+      {"start SpringBoard\nhang-up", Kind::kPhone,
+       [](const Statement& s) {
+         EXPECT_EQ(s.action, "hang-up");
+         EXPECT_TRUE(s.args.empty());
+       }},
   };
   for (const Case& c : cases) {
     Scenario scenario = parseValid(c.text);
@@ -212,6 +227,11 @@ TEST(Scenario, ReportsTheLineAndWhatWasExpected) {
       {"mark now", 1, "unexpected 'now'; expected 'mark'"},
       {"expect", 1, "missing predicate; expected 'expect [not] PREDICATE [ARGS]'"},
       {"expect not # nothing", 1, "missing predicate"},
+      {"incoming-call 1", 1, "incoming-call needs a started process to ring"},
+      {"start SpringBoard\nincoming-call 1 from Anna", 2, "unexpected 'from'"},
+      {"start SpringBoard\nincoming-call 1 name", 2, "missing name after name"},
+      {"start SpringBoard\noutgoing-call 1 name Anna", 2, "unexpected 'name'"},
+      {"start SpringBoard\nanswer now", 2, "unexpected 'now'; expected 'answer'"},
   };
   for (const Case& c : cases) {
     auto result = parseScenario(c.text, "bad.scn");

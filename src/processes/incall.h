@@ -1,0 +1,29 @@
+// Caller-name protection in the in-call screen: the caller's name and photo
+// stay hidden for an incoming call until SpringBoard reports a match.
+#pragma once
+
+#include "platform/functions.h"
+#include "platform/objc.h"
+
+namespace kv::processes {
+
+// Reads whether protection and caller-name protection are on, as this
+// process sees them; the observer of "net.quorvan.kavelin.prefsChanged" and
+// "net.quorvan.kavelin.CallerIDHandling".
+void loadCallerSettings();
+void callerSettingsChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                           CFDictionaryRef);
+
+// "net.quorvan.kavelin.allowInCallNames": the name line is drawn again, so
+// that it follows the new state.
+void inCallNamesChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                        CFDictionaryRef);
+
+// PHAudioCallViewController -setBackgroundImage:
+void setCallBackgroundImage(id self, SEL cmd, id image);
+// PHCallParticipantsViewController -overrideStringForParticipantsView:
+id overrideParticipantsString(id self, SEL cmd, id participantsView);
+// PHCallParticipantsViewController -dealloc
+void participantsControllerDealloc(id self, SEL cmd);
+
+}  // namespace kv::processes
