@@ -869,6 +869,8 @@ std::optional<ParseError> validateScenario(const Scenario& scenario) {
         }
       }
       if (s.predicate == "cc" && s.predicateArgs[1] != "on" && s.predicateArgs[1] != "off") {
+        return fail("expected " + std::string(p->usage));
+      }
       if (s.predicate == "caller-photo" && s.predicateArgs[0] != "shown" &&
           s.predicateArgs[0] != "hidden") {
         return fail("expected " + std::string(p->usage));
