@@ -14,11 +14,13 @@ void definePasscodeField();
 void defineBiometricKit();
 void defineSpringBoard();
 void defineClients();
+void definePreferences();
 // The catalog: every other class and method of the platform that the library
 // names, as calls that are recorded and answer zero.
 void defineCatalog();
 
 void startSpringBoard();
+void startPreferences();
 
 void defineFrameworks() {
   defineUIKit();
@@ -27,12 +29,14 @@ void defineFrameworks() {
   definePasscodeField();
   defineBiometricKit();
   if (inProcess("SpringBoard")) defineSpringBoard();
+  if (inProcess("Preferences")) definePreferences();
   defineCatalog();
   defineClients();
 }
 
 void startProcess() {
   if (inProcess("SpringBoard")) startSpringBoard();
+  if (inProcess("Preferences")) startPreferences();
 }
 
 }  // namespace kv::sim::frameworks
