@@ -133,7 +133,7 @@ const ActionSpec kActions[] = {
     {"Preferences", "resume", 0, 0, "resume", "the Settings app comes back to the front"},
     {"Preferences", "resume-from-lock", 0, 0, "resume-from-lock",
      "the Settings app comes back after the device was unlocked"},
-    {"Preferences", "open-url", 1, 1, "open-url URL",
+    {"Preferences", "settings-url", 1, 1, "settings-url URL",
      "the Settings app is asked to open URL (prefs:root=ID shows that row's pane)"},
     {"Camera", "image-well", 1, 1, "image-well tap", "tap the camera's last-photo thumbnail"},
 };

@@ -228,7 +228,7 @@ void definePrefsApp() {
   host::registerAction("suspend", suspendAction);
   host::registerAction("resume", resumeAction);
   host::registerAction("resume-from-lock", resumeAction);
-  host::registerAction("open-url", openURLAction);
+  host::registerAction("settings-url", openURLAction);
   host::registerQuery("pane",
                       [](const std::vector<std::string>&) { return Value::string(paneOnTop()); });
   host::registerQuery("switch", [](const std::vector<std::string>& args) {
@@ -239,7 +239,10 @@ void definePrefsApp() {
   });
 }
 
+void definePrefsAlerts();
+
 void definePreferences() {
+  definePrefsAlerts();
   definePrefsRows();
   definePrefsPanes();
   definePrefsApp();

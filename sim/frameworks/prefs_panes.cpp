@@ -81,6 +81,16 @@ id listSpecifierForID(id self, SEL, id rowId) {
   }
   return nullptr;
 }
+// Coming back to a list, the row that was tapped is no longer highlighted.
+void listWillAppear(id self, SEL cmd, BOOL animated) {
+  platform::sendSuper<void>(platform::classNamed("PSViewController"), self, cmd, animated);
+  for (auto& r : rowsOf(self)) {
+    id cell = send<id>(send<id>(r.get(), Sel("properties")), Sel("objectForKey:"),
+                       platform::makeString("cellObject"));
+    send<void>(cell, Sel("setSelected:"), BOOL{0});
+  }
+}
+
 void listReloadSpecifiers(id self, SEL) {
   host::logEvent("settings", "reload " + paneIdOf(self) + " (" + platform::classNameOf(self) + ")");
 }
@@ -229,6 +239,7 @@ void definePrefsPanes() {
       .instance("specifiers", imp(listSpecifiers), "@@:")
       .instance("specifierForID:", imp(listSpecifierForID), "@@:@")
       .instance("reloadSpecifiers", imp(listReloadSpecifiers), "v@:")
+      .instance("viewWillAppear:", imp(listWillAppear), "v@:C")
       .instance("_showControllerFromSpecifier:", imp(listShowControllerFromSpecifier), "v@:@")
       .instance("showController:animate:", imp(listShowController), "v@:@C")
       .instance("setPreferenceValue:specifier:", imp(listSetPreferenceValue), "v@:@@")
