@@ -13,6 +13,7 @@
 #include "core/wifi.h"
 #include "platform/foundation.h"
 #include "platform/runtime.h"
+#include "processes/settings_guards.h"
 #include "prompt/alert_view.h"
 #include "settings/controllers.h"
 #include "settings/feedback.h"
@@ -62,8 +63,9 @@ void settingsSection() {
                         VersionFlag::kIOS9OrLater, VersionFlag::kIOS8OrLater}) {
     computeFlag(f);
   }
+  processes::defineSettingsClasses();
   installGroup(Group::kSettings);
-  // The eight answers of SpringBoard are observed by the Settings-app guards.
+  processes::observeSettingsAnswers();
   settings::defineSettingsControllers();
   observe(Note::kPrefsChanged, settings::settingsChanged);
   settings::load();
