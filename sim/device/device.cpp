@@ -509,8 +509,14 @@ bool Device::handleReport(Host& host, const Value& report) {
     host.channel->send(message("reply", {{"reply", reply}}));
   } else if (op == "device-get") {
     const std::string& key = report["key"].asString();
-    Value value = key == "wifi" ? wifi_ : key == "known-wifi" ? Value::array(knownWifi_) : Value();
+    Value value = key == "wifi"         ? wifi_
+                  : key == "known-wifi" ? Value::array(knownWifi_)
+                                        : setting(key);
     host.channel->send(message("reply", {{"value", value}}));
+  } else if (op == "device-set") {
+    const std::string& key = report["key"].asString();
+    settings_[key] = report["value"];
+    note(host.name, "device", key + " = " + report["value"].describe());
   } else {
     note(host.name, "error", "unknown report '" + op + "'");
   }

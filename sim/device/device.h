@@ -93,6 +93,13 @@ class Device {
   // password), without joining it.
   void addKnownWifi(const Value& network);
 
+  // A setting of the device as a process last set it ("airplane"), none
+  // before any did.
+  Value setting(const std::string& key) const {
+    auto it = settings_.find(key);
+    return it == settings_.end() ? Value() : it->second;
+  }
+
   // Lets virtual time pass; due work runs in order.
   void advance(double seconds);
 
@@ -142,6 +149,7 @@ class Device {
   std::deque<std::pair<Host*, Value>> deliveries_;
   Value wifi_;
   Value::Array knownWifi_;  // in the order the device learnt them
+  std::map<std::string, Value> settings_;  // device settings processes change (airplane mode)
   EventLog log_;
   std::string fault_;
 };

@@ -158,6 +158,23 @@ const ActionSpec kActions[] = {
      "numeric passcode) and tap its OK key"},
     {"Preferences", "open-pane", 1, 1, "open-pane ID",
      "tap the settings row whose specifier id is ID"},
+    {"Preferences", "back", 0, 0, "back", "the navigation bar's back button"},
+    {"Preferences", "switch", 2, 2, "switch ID on|off",
+     "flip the switch of the row whose specifier id is ID (for example AIRPLANE_MODE)"},
+    {"Preferences", "reset-icons", 0, 0, "reset-icons",
+     "\"Reset Home Screen Layout\" in Settings (General > Reset on top), confirmed"},
+    {"Preferences", "delete-app", 0, 0, "delete-app",
+     "\"Delete App\" in an app's storage pane (General > Storage > the app), confirmed"},
+    {"Preferences", "set-language", 1, 1, "set-language CODE",
+     "in Language & Region (General > Language & Region on top), pick the language CODE and "
+     "confirm: the language setup applies it"},
+    {"Preferences", "suspend", 0, 0, "suspend",
+     "the Settings app leaves the front (home or lock button): it is suspended until it resumes"},
+    {"Preferences", "resume", 0, 0, "resume", "the Settings app comes back to the front"},
+    {"Preferences", "resume-from-lock", 0, 0, "resume-from-lock",
+     "the Settings app comes back after the device was unlocked"},
+    {"Preferences", "settings-url", 1, 1, "settings-url URL",
+     "the Settings app is asked to open URL (prefs:root=ID shows that row's pane)"},
     {"Camera", "image-well", 1, 1, "image-well tap|press",
      "tap the camera's last-photo thumbnail (on iOS 11 the library opens as the finger leaves "
      "it) / long-press it: from iOS 9 a preview of the last photo peeks"},
@@ -721,6 +738,15 @@ std::optional<Value> askInCall(Runner& r, std::string* seen) {
   return answer;
 }
 
+// Asks the Settings app; a failure to answer is what was seen.
+std::optional<Value> askPreferences(Runner& r, const char* query,
+                                    const std::vector<std::string>& args, std::string* seen) {
+  std::string error;
+  auto answer = r.device().query("Preferences", query, args, &error);
+  if (!answer) *seen = error;
+  return answer;
+}
+
 bool callerHolds(Runner& r, const Statement& s, std::string* seen) {
   auto caller = askInCall(r, seen);
   if (!caller) return false;
@@ -753,6 +779,30 @@ bool cameraHolds(Runner& r, const Statement& s, std::string* seen) {
   *seen = std::string(library ? "the photo library" : "the preview") +
           (shown ? " shows" : " does not show");
   return shown;
+}
+
+bool paneHolds(Runner& r, const Statement& s, std::string* seen) {
+  auto pane = askPreferences(r, "pane", {}, seen);
+  if (!pane) return false;
+  *seen = "on top: " + pane->asString();
+  return pane->asString() == s.predicateArgs[0];
+}
+
+bool switchHolds(Runner& r, const Statement& s, std::string* seen) {
+  auto on = askPreferences(r, "switch", {s.predicateArgs[0]}, seen);
+  if (!on) return false;
+  if (on->isNone()) {
+    *seen = "no switch " + s.predicateArgs[0] + " on the pane showing";
+    return false;
+  }
+  *seen = s.predicateArgs[0] + (on->asBool() ? " is on" : " is off");
+  return on->asBool() == (s.predicateArgs[1] == "on");
+}
+
+bool airplaneHolds(Runner& r, const Statement& s, std::string* seen) {
+  bool on = r.device().setting("airplane").asBool();
+  *seen = std::string("airplane mode is ") + (on ? "on" : "off");
+  return on == (s.predicateArgs[0] == "on");
 }
 
 bool fileHolds(Runner& r, const Statement& s, std::string* seen) {
@@ -811,6 +861,12 @@ const std::vector<PredicateSpec>& predicates() {
       {"photo-preview", 0, 0, "photo-preview",
        "the Camera app shows the preview of the last photo (a press on the image well)",
        cameraHolds},
+      {"pane", 1, 1, "pane ID",
+       "the Settings app shows the pane whose specifier id is ID on top (root: the list)",
+       paneHolds},
+      {"switch", 2, 2, "switch ID on|off", "the switch of that row shows on or off",
+       switchHolds},
+      {"airplane", 1, 1, "airplane on|off", "the device's airplane mode", airplaneHolds},
       {"switcher", 0, -1, "switcher [BUNDLE-ID...]",
        "the app switcher shows (with exactly these items, most recent first)", switcherHolds},
   };

@@ -171,25 +171,34 @@ const std::vector<CatalogClass>& table() {
       }},
 
       // ---- The Settings app ----
+      // Classes and methods on the versions whose headers declare them.
       {"PreferencesAppController", "UIApplication", kPreferences, kEver, kStill, {
-          {"-processURL:", "v@:@"},
+          {"-processURL:", "v@:@", kEver, through(8)},
           {"-rootController", "@@:"},
           {"-rootListController", "@@:"},
       }},
-      {"PrefsRootController", "PSRootController", kPreferences, kEver, through(9), {}},
-      {"PrefsListController", "PSListController", kPreferences, kEver, through(9), {
-          {"-setAirplaneMode:specifier:", "v@:@@"},
+      {"PrefsRootController", "PSRootController", kPreferences, kEver, through(8), {
+          {"-pushViewController:animated:", "v@:@C"},
+          {"-setViewControllers:animated:", "v@:@C"},
       }},
-      {"PSUIPrefsRootController", "PSRootController", kPreferences, since(10), kStill, {}},
-      {"PSUIPrefsListController", "PSListController", kPreferences, since(10), kStill, {
+      {"PrefsListController", "PSListController", kPreferences, kEver, through(8), {
           {"-setAirplaneMode:specifier:", "v@:@@"},
+          {"-_showControllerFromSpecifier:", "v@:@"},
       }},
-      {"ResetPrefController", "PSListController", kPreferences, kEver, kStill, {
+      {"PSUIPrefsRootController", "PSRootController", kPreferences, since(9), kStill, {
+          {"-pushViewController:animated:", "v@:@C"},
+          {"-setViewControllers:animated:", "v@:@C"},
+      }},
+      {"PSUIPrefsListController", "PSListController", kPreferences, since(9), kStill, {
+          {"-setAirplaneMode:specifier:", "v@:@@"},
+          {"-_showControllerFromSpecifier:", "v@:@"},
+      }},
+      {"ResetPrefController", "PSListController", kPreferences, kEver, through(8), {
           {"-resetIconPositions:", "v@:@"},
       }},
       {"PSMesaSettingsController", "PSListController", kPreferences, kEver, through(9), {}},
-      {"PSTouchIDPasscodeController", "PSListController", kPreferences, kEver, kStill, {}},
-      {"PSUIBiometricController", "PSListController", kPreferences, since(10), kStill, {
+      {"PSTouchIDPasscodeController", "PSListController", kPreferences, kEver, through(8), {}},
+      {"PSUIBiometricController", "PSListController", kPreferences, since(11), kStill, {
           {"-setTouchIDUnlockEnabled:specifier:", "v@:@@"},
       }},
       {"APNetworksController", "PSListController", kPreferences, kEver, kStill, {}},

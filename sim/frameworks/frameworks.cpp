@@ -17,6 +17,7 @@ void defineClients();
 void defineTelephony();
 void defineInCallScreen();
 void defineCameraApp();
+void definePreferences();
 // The catalog: every other class and method of the platform that the library
 // names, as calls that are recorded and answer zero.
 void defineCatalog();
@@ -32,6 +33,7 @@ bool inCamera() {
 }
 
 }  // namespace
+void startPreferences();
 
 void defineFrameworks() {
   defineUIKit();
@@ -43,6 +45,7 @@ void defineFrameworks() {
   if (inProcess("SpringBoard") || inProcess("InCallService")) defineTelephony();
   if (inProcess("InCallService")) defineInCallScreen();
   if (inCamera()) defineCameraApp();
+  if (inProcess("Preferences")) definePreferences();
   defineCatalog();
   defineClients();
 }
@@ -50,6 +53,7 @@ void defineFrameworks() {
 void startProcess() {
   if (inProcess("SpringBoard")) startSpringBoard();
   if (inCamera()) startCameraApp();
+  if (inProcess("Preferences")) startPreferences();
 }
 
 }  // namespace kv::sim::frameworks

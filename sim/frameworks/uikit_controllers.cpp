@@ -200,6 +200,7 @@ void defineUIKitControllers() {
   ClassBuilder("UINavigationController", "UIViewController")
       .instance("initWithRootViewController:", imp(navigationInitWithRoot), "@@:@")
       .instance("viewControllers", imp(navigationViewControllers), "@@:")
+      .instance("childViewControllers", imp(navigationViewControllers), "@@:")
       .instance("setViewControllers:animated:", imp(navigationSetControllers), "v@:@C")
       .instance("pushViewController:animated:", imp(navigationPush), "v@:@C")
       .instance("popViewControllerAnimated:", imp(navigationPop), "@@:C")

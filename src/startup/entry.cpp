@@ -16,6 +16,7 @@
 #include "platform/runtime.h"
 #include "processes/camera.h"
 #include "processes/incall.h"
+#include "processes/settings_guards.h"
 #include "prompt/alert_view.h"
 #include "prompt/incall_controller.h"
 #include "settings/controllers.h"
@@ -69,8 +70,9 @@ void settingsSection() {
                         VersionFlag::kIOS9OrLater, VersionFlag::kIOS8OrLater}) {
     computeFlag(f);
   }
+  processes::defineSettingsClasses();
   installGroup(Group::kSettings);
-  // The eight answers of SpringBoard are observed by the Settings-app guards.
+  processes::observeSettingsAnswers();
   settings::defineSettingsControllers();
   observe(Note::kPrefsChanged, settings::settingsChanged);
   settings::load();

@@ -7,6 +7,7 @@
 #include "core/identities.h"
 #include "processes/camera.h"
 #include "processes/incall.h"
+#include "processes/settings_guards.h"
 #include "prompt/glyph_timing.h"
 #include "prompt/passcode_field_hooks.h"
 #include "springboard/control_center.h"
@@ -31,6 +32,9 @@ using platform::pendingRow;
 using platform::replaced;
 using platform::Row;
 
+constexpr auto kPrefs = processes::Family::kPrefs;  // iOS 8's own Settings classes
+constexpr auto kPSUI = processes::Family::kPSUI;    // PreferencesUI's, from iOS 9
+
 const Row kAllProcessesRows[] = {
     pendingRow("NSException", "+raise:format:"),
     pendingRow("NSException", "-initWithName:reason:userInfo:"),
@@ -47,26 +51,37 @@ const Row kInCallRows[] = {
 };
 
 const Row kSettingsRows[] = {
-    pendingRow("PSUIBiometricController", "-setTouchIDUnlockEnabled:specifier:"),
-    pendingRow("PreferencesAppController", "-processURL:"),
-    pendingRow("PSMesaSettingsController", "-viewDidDisappear:"),
-    pendingRow("PSTouchIDPasscodeController", "-viewDidDisappear:"),
-    pendingRow("UIApplication", "-applicationDidResumeFromUnderLock"),
-    pendingRow("UIApplication", "-applicationDidResume"),
-    pendingRow("UINavigationController", "-pushViewController:animated:"),
-    pendingRow("PrefsListController", "-setAirplaneMode:specifier:"),
-    pendingRow("PrefsListController", "-_showControllerFromSpecifier:"),
-    pendingRow("PrefsRootController", "-setViewControllers:animated:"),
-    pendingRow("PrefsRootController", "-popViewControllerAnimated:"),
-    pendingRow("PrefsRootController", "-pushViewController:animated:"),
-    pendingRow("PSUIPrefsListController", "-setAirplaneMode:specifier:"),
-    pendingRow("PSUIPrefsListController", "-_showControllerFromSpecifier:"),
-    pendingRow("PSUIPrefsRootController", "-setViewControllers:animated:"),
-    pendingRow("PSUIPrefsRootController", "-popViewControllerAnimated:"),
-    pendingRow("PSUIPrefsRootController", "-pushViewController:animated:"),
-    pendingRow("ResetPrefController", "-resetIconPositions:"),
-    pendingRow("PSListController", "+initialize"),
-    pendingRow("NSObject", "+initialize"),
+    replaced<&processes::setTouchIDUnlockEnabled>("PSUIBiometricController",
+                                                  "-setTouchIDUnlockEnabled:specifier:"),
+    replaced<&processes::processURL>("PreferencesAppController", "-processURL:"),
+    replaced<&processes::mesaSettingsDidDisappear>("PSMesaSettingsController",
+                                                   "-viewDidDisappear:"),
+    replaced<&processes::touchIdPasscodeDidDisappear>("PSTouchIDPasscodeController",
+                                                      "-viewDidDisappear:"),
+    replaced<&processes::applicationDidResumeFromUnderLock>("UIApplication",
+                                                            "-applicationDidResumeFromUnderLock"),
+    replaced<&processes::applicationDidResume>("UIApplication", "-applicationDidResume"),
+    replaced<&processes::navigationPush>("UINavigationController", "-pushViewController:animated:"),
+    replaced<&processes::setAirplaneMode<kPrefs>>("PrefsListController",
+                                                  "-setAirplaneMode:specifier:"),
+    replaced<&processes::showControllerFromSpecifier<kPrefs>>("PrefsListController",
+                                                              "-_showControllerFromSpecifier:"),
+    replaced<&processes::setViewControllers<kPrefs>>("PrefsRootController",
+                                                     "-setViewControllers:animated:"),
+    replaced<&processes::rootPop<kPrefs>>("PrefsRootController", "-popViewControllerAnimated:"),
+    replaced<&processes::rootPush<kPrefs>>("PrefsRootController", "-pushViewController:animated:"),
+    replaced<&processes::setAirplaneMode<kPSUI>>("PSUIPrefsListController",
+                                                 "-setAirplaneMode:specifier:"),
+    replaced<&processes::showControllerFromSpecifier<kPSUI>>("PSUIPrefsListController",
+                                                             "-_showControllerFromSpecifier:"),
+    replaced<&processes::setViewControllers<kPSUI>>("PSUIPrefsRootController",
+                                                    "-setViewControllers:animated:"),
+    replaced<&processes::rootPop<kPSUI>>("PSUIPrefsRootController", "-popViewControllerAnimated:"),
+    replaced<&processes::rootPush<kPSUI>>("PSUIPrefsRootController",
+                                          "-pushViewController:animated:"),
+    replaced<&processes::resetIconPositions>("ResetPrefController", "-resetIconPositions:"),
+    replaced<&processes::listControllerInitialize>("PSListController", "+initialize"),
+    replaced<&processes::objectInitialize>("NSObject", "+initialize"),
 };
 
 const Row kCameraRows[] = {

@@ -161,18 +161,35 @@ TEST(CatalogTest, SpringBoardOnIOS11) {
   });
 }
 
+// The Settings classes exist on the versions whose headers declare them:
+// PreferencesUI's from iOS 9, iOS 8's own Settings classes only there.
 TEST(CatalogTest, SettingsAppOnIOS9) {
   expectProfile({
       .process = "Preferences",
       .version = "9.3",
       .bundle = "com.apple.Preferences",
-      .present = {"PreferencesAppController -processURL:", "PrefsListController",
-                  "PrefsRootController", "PSMesaSettingsController", "PSTouchIDPasscodeController",
-                  "ResetPrefController", "PSPasscodeField", "BiometricKit +manager",
+      .present = {"PSUIPrefsListController -setAirplaneMode:specifier:",
+                  "PSUIPrefsListController -_showControllerFromSpecifier:",
+                  "PSUIPrefsRootController -pushViewController:animated:",
+                  "PSMesaSettingsController", "PSPasscodeField", "BiometricKit +manager",
                   "MCProfileConnection", "UIPreviewInteractionController", "__NSStackBlock__"},
-      .absent = {"PSUIPrefsListController", "PSUIBiometricController", "SpringBoard",
-                 "SBIconController", "TUCallCenter", "CAMViewfinderViewController",
-                 "PHCallParticipantsViewController"},
+      .absent = {"PreferencesAppController -processURL:", "PrefsListController",
+                 "PrefsRootController", "PSTouchIDPasscodeController", "ResetPrefController",
+                 "PSUIBiometricController", "SpringBoard", "SBIconController", "TUCallCenter",
+                 "CAMViewfinderViewController", "PHCallParticipantsViewController"},
+  });
+}
+
+TEST(CatalogTest, SettingsAppOnIOS8) {
+  expectProfile({
+      .process = "Preferences",
+      .version = "8.4",
+      .bundle = "com.apple.Preferences",
+      .present = {"PreferencesAppController -processURL:",
+                  "PrefsListController -_showControllerFromSpecifier:",
+                  "PrefsRootController -setViewControllers:animated:",
+                  "PSTouchIDPasscodeController", "ResetPrefController -resetIconPositions:"},
+      .absent = {"PSUIPrefsListController", "PSUIPrefsRootController", "PSUIBiometricController"},
   });
 }
 
