@@ -158,7 +158,8 @@ int checkSignatures(const std::string& tablePath, const RunOptions& options) {
 
   // What the library's replacements stand for, and what each version's
   // simulated processes define.
-  std::multimap<std::string, std::string> rows;
+  // The library's rows: their encoding and the first version they install on.
+  std::multimap<std::string, std::pair<std::string, int>> rows;
   std::map<int, std::map<std::string, std::string>> simulated;
   for (const auto& [major, version] : kVersions) {
     for (const char* process : kProcesses) {
@@ -181,7 +182,10 @@ int checkSignatures(const std::string& tablePath, const RunOptions& options) {
         auto text = device.query(process, "row-encodings", {}, &error);
         std::stringstream in(text ? text->asString() : "");
         std::string cls, sel, encoding;
-        while (in >> cls >> sel >> encoding) rows.emplace(cls + " " + sel, encoding);
+        int first = 0;
+        while (in >> cls >> sel >> encoding >> first) {
+          rows.emplace(cls + " " + sel, std::make_pair(encoding, first));
+        }
       }
     }
   }
@@ -192,14 +196,20 @@ int checkSignatures(const std::string& tablePath, const RunOptions& options) {
     std::string name = d.className + " " + d.method;
     // A device refuses a row whose type differs: some row for the method must
     // agree with each declaration (version-specific rows may differ).
+    // Only the versions where a row is installed at all count.
     auto [first, last] = rows.equal_range(name);
-    if (first != last) {
+    bool applies = false;
+    for (auto it = first; it != last; ++it) {
+      applies |= !d.versions.empty() && *d.versions.rbegin() >= it->second.second;
+    }
+    if (applies) {
       ++checked;
       bool any = false;
       std::string seen;
       for (auto it = first; it != last; ++it) {
-        any |= compatible(it->second, d.encodings);
-        seen += (seen.empty() ? "" : " or ") + it->second;
+        if (d.versions.empty() || *d.versions.rbegin() < it->second.second) continue;
+        any |= compatible(it->second.first, d.encodings);
+        seen += (seen.empty() ? "" : " or ") + it->second.first;
       }
       if (!any) {
         ++differences;

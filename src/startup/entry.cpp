@@ -160,14 +160,16 @@ __attribute__((constructor)) void kavelinLoad() {
 }  // namespace kv::startup
 
 // Every interception row the library can install, in any process, with the
-// method encoding its replacement stands for: "CLASS -selector ENCODING" a
-// line. Tools hold these against the types the platform declares.
+// method encoding its replacement stands for and the earliest major version
+// its group is installed on: "CLASS -selector ENCODING VERSION" a line.
+// Tools hold these against the types the platform declares.
 extern "C" __attribute__((visibility("default"))) const char* kavelinRowEncodings() {
   static std::string text;
   text.clear();
-  for (const auto& row : kv::startup::allRows()) {
+  for (const auto& [row, firstVersion] : kv::startup::allRows()) {
     if (row.pending || row.hook == nullptr || row.kind != kv::platform::RowKind::kReplaced) continue;
-    text += std::string(row.className) + " " + row.method + " " + row.hook().encoding + "\n";
+    text += std::string(row.className) + " " + row.method + " " + row.hook().encoding + " " +
+            std::to_string(firstVersion) + "\n";
   }
   return text.c_str();
 }

@@ -331,9 +331,14 @@ std::span<const Row> rowsOf(Group group) {
   return {};
 }
 
-std::vector<Row> allRows() {
-  std::vector<Row> rows;
-  for (const auto& g : kGroups) rows.insert(rows.end(), g.rows.begin(), g.rows.end());
+std::vector<RowOfGroup> allRows() {
+  std::vector<RowOfGroup> rows;
+  for (const auto& g : kGroups) {
+    int first = g.group == Group::kSpringBoardIOS11   ? 11
+                : g.group == Group::kSpringBoardIOS10 ? 10
+                                                      : 8;
+    for (const Row& row : g.rows) rows.push_back({row, first});
+  }
   return rows;
 }
 

@@ -28,8 +28,13 @@ enum class Group {
 // The rows of a group, in installation order.
 std::span<const platform::Row> rowsOf(Group group);
 
-// Every row of every group, in table order.
-std::vector<platform::Row> allRows();
+// Every row of every group, in table order, with the earliest major iOS
+// version its group is installed on (8 when every version has it).
+struct RowOfGroup {
+  platform::Row row;
+  int firstVersion;
+};
+std::vector<RowOfGroup> allRows();
 
 // Installs a group's rows and adds their records to the process's report.
 void installGroup(Group group);

@@ -303,8 +303,6 @@ TEST(CatalogTest, CatalogCallsAreRecordedAndAnswerZero) {
   CGRect rect = send<CGRect>(container, Sel("_contentFrameForRestState"));
   EXPECT_TRUE(rect.origin.x == 0 && rect.origin.y == 0 && rect.size.width == 0 &&
               rect.size.height == 0);
-  id center = sendClass<id>(classNamed("TUCallCenter"), Sel("sharedInstance"));
-  EXPECT_EQ(send<id>(center, Sel("incomingCall")), nullptr);
   EXPECT_EQ(send<double>(sharedOf("SBBacklightController"), Sel("defaultLockScreenDimInterval")),
             0.0);
   send<void>(wifi, Sel("presentViewController:animated:completion:"), id{nullptr}, BOOL{1},
@@ -318,7 +316,6 @@ TEST(CatalogTest, CatalogCallsAreRecordedAndAnswerZero) {
   for (const char* call : {
            "CCUIContentModuleContainerViewController -contentModule",
            "CCUIContentModuleContainerViewController -_contentFrameForRestState",
-           "TUCallCenter -incomingCall",
            "SBBacklightController -defaultLockScreenDimInterval",
            // An inherited catalog method names the receiver's own class.
            "CCUIConnectivityWifiViewController -presentViewController:animated:completion:",
@@ -351,11 +348,12 @@ TEST(CatalogTest, SingletonAccessorsAnswerOneSharedInstance) {
 
   // A chain through the shared instance reaches a recorded call.
   testing::internal::CaptureStderr();
-  id manager = sendClass<id>(classNamed("SBSIMLockManager"), Sel("sharedInstance"));
-  EXPECT_EQ(send<id>(manager, Sel("lockEntryAlert")), nullptr);
+  id queue = sendClass<id>(classNamed("SBWorkspaceEventQueue"), Sel("sharedInstance"));
+  send<void>(queue, Sel("executeOrAppendEvent:"), id{nullptr});
   std::string log = testing::internal::GetCapturedStderr();
-  EXPECT_NE(log.find("call SBSIMLockManager +sharedInstance\n"), std::string::npos) << log;
-  EXPECT_NE(log.find("call SBSIMLockManager -lockEntryAlert\n"), std::string::npos) << log;
+  EXPECT_NE(log.find("call SBWorkspaceEventQueue +sharedInstance\n"), std::string::npos) << log;
+  EXPECT_NE(log.find("call SBWorkspaceEventQueue -executeOrAppendEvent:\n"), std::string::npos)
+      << log;
 }
 
 void activatePlugin(id, SEL, long) {}
