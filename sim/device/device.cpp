@@ -10,6 +10,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <cmath>
 #include <cstring>
 #include <filesystem>
@@ -59,7 +61,14 @@ std::string describeStatus(int status) {
 Device::Device(DeviceOptions options) : options_(std::move(options)) {
   char pattern[] = "/tmp/kavelin-sim-XXXXXX";
   const char* made = mkdtemp(pattern);
-  root_ = made != nullptr ? std::string(made) + "/root" : "/tmp/kavelin-sim-root";
+  // Without a folder of its own the device has nowhere to live, and its end
+  // would remove whatever folder it had borrowed: stop here instead.
+  if (made == nullptr) {
+    std::fprintf(stderr, "kavelin-sim: cannot make a device folder under /tmp: %s\n",
+                 std::strerror(errno));
+    std::exit(2);
+  }
+  root_ = std::string(made) + "/root";
   layOut();
 }
 
@@ -81,20 +90,53 @@ void Device::layOut() {
   }
 }
 
-Device::~Device() {
+std::string Device::shutDown() {
   for (auto& h : hosts_) {
     if (!h->alive) continue;
     h->channel->send(message("quit"));
   }
+  std::string problems;
   for (auto& h : hosts_) {
     if (h->pid <= 0) continue;
     int status = 0;
-    for (int i = 0; i < 200 && waitpid(h->pid, &status, WNOHANG) == 0; ++i) usleep(10000);
-    if (waitpid(h->pid, &status, WNOHANG) == 0) {
+    pid_t done = 0;
+    for (int i = 0; i < 200 && (done = waitpid(h->pid, &status, WNOHANG)) == 0; ++i) usleep(10000);
+    std::string problem;
+    if (done == 0) {
       kill(h->pid, SIGKILL);
       waitpid(h->pid, &status, 0);
+      problem = "did not quit and was killed";
+    } else if (!(WIFEXITED(status) && WEXITSTATUS(status) == 0)) {
+      problem = "ended with " + describeStatus(status);
     }
+    h->pid = -1;
+    h->alive = false;
+    // A sanitizer's report counts even when the host exited cleanly.
+    std::ifstream err(std::filesystem::path(root_).parent_path() / (h->name + ".stderr"));
+    std::string line;
+    while (std::getline(err, line)) {
+      bool report = line.find("ERROR: AddressSanitizer") != std::string::npos ||
+                    line.find("ERROR: LeakSanitizer") != std::string::npos ||
+                    line.find("runtime error:") != std::string::npos;
+      if (!report) continue;
+      if (line.find("LeakSanitizer") != std::string::npos) {
+        std::string summary;
+        while (std::getline(err, summary)) {
+          if (summary.find("SUMMARY:") != std::string::npos) line = summary;
+        }
+      }
+      problem += (problem.empty() ? "" : "; ") + line;
+      break;
+    }
+    if (problem.empty()) continue;
+    note(h->name, "fault", problem);
+    problems += (problems.empty() ? "" : "; ") + h->name + " " + problem;
   }
+  return problems;
+}
+
+Device::~Device() {
+  shutDown();
   std::error_code ec;
   std::filesystem::remove_all(std::filesystem::path(root_).parent_path(), ec);
 }

@@ -42,6 +42,11 @@ class Device {
  public:
   explicit Device(DeviceOptions options);
   ~Device();
+
+  // Asks every running host to quit and waits for it. Answers what went
+  // wrong, or "": a host that did not quit, ended with a failure status, or
+  // whose error output carries a sanitizer's report (an error or a leak).
+  std::string shutDown();
   Device(const Device&) = delete;
   Device& operator=(const Device&) = delete;
 

@@ -267,7 +267,13 @@ class Runner {
         return false;
       }
     }
+    std::string ending = device_ ? device_->shutDown() : std::string();
+    flush();
     finish();
+    if (!ending.empty()) {
+      std::fprintf(options_.out, "FAIL %s: at the end: %s\n", scenario.file.c_str(), ending.c_str());
+      return false;
+    }
     std::fprintf(options_.out, "PASS %s\n", scenario.file.c_str());
     return true;
   }

@@ -26,6 +26,14 @@ int tokenFor(id name) {
   return token;
 }
 
+// Loses `bytes` of memory on purpose: a leak for the sanitizer run to find.
+void* gLastLeak = nullptr;
+void leak(id, SEL, id bytes) {
+  auto n = platform::integerOf(bytes).value_or(0);
+  gLastLeak = std::malloc(static_cast<size_t>(n > 0 ? n : 1));
+  gLastLeak = nullptr;
+}
+
 void setPreference(id, SEL, id key, id value, id domain) {
   CFPreferencesSetAppValue(platform::cf(key), value, platform::cf(domain));
 }
@@ -228,6 +236,7 @@ void defineProbe() {
       .classMethod("sendMessage:center:userInfo:", imp(sendMessage), "@@:@@@")
       .classMethod("sendOneWay:center:userInfo:", imp(sendOneWay), "v@:@@@")
       .classMethod("fired:", imp(fired), "v@:@")
+      .classMethod("leak:", imp(leak), "v@:@")
       .classMethod("performLater:delay:", imp(performLater), "v@:@@")
       .classMethod("cancelLater:", imp(cancelLater), "v@:@")
       .classMethod("dispatchLater:delay:", imp(dispatchLater), "v@:@@")

@@ -1,0 +1,19 @@
+// The sanitizers' options, built into the binaries of the sanitizer tree, so
+// that a test or a host run by hand reports as the test script's run does:
+// leaks on, every undefined behaviour fatal, and only the runtime's named
+// start-up allocations suppressed (KAVELIN_LSAN_SUPPRESSIONS, tests/lsan.supp).
+extern "C" {
+
+__attribute__((visibility("default"))) const char* __asan_default_options() {
+  return "detect_leaks=1:abort_on_error=0:detect_odr_violation=0";
+}
+
+__attribute__((visibility("default"))) const char* __lsan_default_options() {
+  return "suppressions=" KAVELIN_LSAN_SUPPRESSIONS ":print_suppressions=0";
+}
+
+__attribute__((visibility("default"))) const char* __ubsan_default_options() {
+  return "print_stacktrace=1:halt_on_error=1";
+}
+
+}  // extern "C"
