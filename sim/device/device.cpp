@@ -103,7 +103,7 @@ std::string Device::shutDown() {
     for (int i = 0; i < 200 && (done = waitpid(h->pid, &status, WNOHANG)) == 0; ++i) usleep(10000);
     std::string problem;
     if (done == 0) {
-      kill(h->pid, SIGKILL);
+      ::kill(h->pid, SIGKILL);
       waitpid(h->pid, &status, 0);
       problem = "did not quit and was killed";
     } else if (!(WIFEXITED(status) && WEXITSTATUS(status) == 0)) {
@@ -190,6 +190,47 @@ Value Device::helloFor(const Host& host) const {
       {"root", Value::string(root_)},
       {"library", Value::string(options_.libraryPath)},
   });
+}
+
+bool Device::kill(const std::string& process, std::string* error) {
+  ProcessProfile profile;
+  Host* h = processProfile(process, &profile) ? find(profile.name) : find(process);
+  if (h == nullptr) {
+    *error = process + " is not running";
+    return false;
+  }
+  ::kill(h->pid, SIGKILL);
+  int status = 0;
+  waitpid(h->pid, &status, 0);
+  h->pid = -1;
+  h->alive = false;
+  for (auto it = centers_.begin(); it != centers_.end();) {
+    it = it->second == h ? centers_.erase(it) : std::next(it);
+  }
+  note("device", "kill", h->name);
+  return true;
+}
+
+bool Device::respring(std::string* error) {
+  Host* h = find("SpringBoard");
+  if (h == nullptr) {
+    *error = "SpringBoard is not running";
+    return false;
+  }
+  note("device", "respring", "SpringBoard ends and starts again");
+  h->channel->send(message("quit"));
+  int status = 0;
+  for (int i = 0; i < 200 && waitpid(h->pid, &status, WNOHANG) == 0; ++i) usleep(10000);
+  if (waitpid(h->pid, &status, WNOHANG) == 0) {
+    ::kill(h->pid, SIGKILL);
+    waitpid(h->pid, &status, 0);
+  }
+  h->pid = -1;
+  h->alive = false;
+  for (auto it = centers_.begin(); it != centers_.end();) {
+    it = it->second == h ? centers_.erase(it) : std::next(it);
+  }
+  return start("SpringBoard", error);
 }
 
 bool Device::start(const std::string& process, std::string* error) {
@@ -455,7 +496,7 @@ void Device::lost(Host& host, const std::string& why) {
     pid_t done = 0;
     for (int i = 0; i < 100 && (done = waitpid(host.pid, &status, WNOHANG)) == 0; ++i) usleep(10000);
     if (done == 0) {
-      kill(host.pid, SIGKILL);
+      ::kill(host.pid, SIGKILL);
       waitpid(host.pid, &status, 0);
       what += " and was killed";
     } else {

@@ -63,6 +63,14 @@ class Device {
   bool start(const std::string& process, std::string* error);
   bool running(const std::string& process) const;
 
+  // The process dies at once, as a crash would, with nothing said to it; a
+  // start brings it back. False with *error when it is not running.
+  bool kill(const std::string& process, std::string* error);
+
+  // SpringBoard's process ends and starts again, the library loading
+  // afresh, as a respring does on a device.
+  bool respring(std::string* error);
+
   // Performs an action inside a running host and lets the device settle.
   bool action(const std::string& process, const std::string& name,
               const std::vector<std::string>& args, const std::string& rest, Value* result,

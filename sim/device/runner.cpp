@@ -394,6 +394,10 @@ class Runner {
         if (result["replied"].asBool()) lastReply_ = result["reply"];
         return true;
       }
+      case K::kRespring:
+        return device().respring(failure);
+      case K::kKill:
+        return device().kill(s.name, failure);
       case K::kFileRaw:
         if (!device().writeRawFile(s.key, s.bytes)) {
           *failure = "could not write " + s.key;
@@ -1046,6 +1050,9 @@ std::string helpText() {
       "                          has a name), is placed, answered (the ringing or waiting\n"
       "                          call), ended (the latest call); SpringBoard and InCallService\n"
       "                          see it\n"
+      "  respring                SpringBoard's process ends and starts again (the library\n"
+      "                          loads afresh); kill PROCESS: it dies at once, as in a crash;\n"
+      "                          start PROCESS brings it back\n"
       "  snapshot NAME           a picture of the screen now, when the run takes pictures\n"
       "                          (--pictures); otherwise nothing\n"
       "  expect [not] PREDICATE\n\n"

@@ -411,6 +411,25 @@ std::string parseSnapshot(const Verb& verb, const Line& line, Statement& st, Con
   return {};
 }
 
+std::string parseRespring(const Verb& verb, const Line& line, Statement&, Context& ctx) {
+  if (!ctx.started) return "respring needs SpringBoard started first";
+  return arity(verb, line, 0, 0);
+}
+
+// kill PROCESS: a process named as start names it (app BUNDLE-ID for an app).
+std::string parseKill(const Verb& verb, const Line& line, Statement& st, Context&) {
+  if (std::string error = arity(verb, line, 1, 2); !error.empty()) return error;
+  if (line.word(1) == "app") {
+    if (line.size() != 3 || !isBundleId(line.word(2))) return usageError(verb, "bad app");
+    st.name = "app:" + line.word(2);
+  } else if (line.size() == 2 && isProcessName(line.word(1))) {
+    st.name = line.word(1);
+  } else {
+    return usageError(verb, "unknown process '" + line.word(1) + "'");
+  }
+  return {};
+}
+
 std::string parseExpect(const Verb& verb, const Line& line, Statement& st, Context&) {
   size_t at = 1;
   st.negated = line.size() > 1 && line.word(1) == "not";
@@ -465,6 +484,8 @@ constexpr Verb kVerbs[] = {
     {"bundle", Kind::kBundle, "bundle none|library|bootstrap|both", parseDeviceWords},
     {"extension", Kind::kExtension, "extension NAME...", parseDeviceWords},
     {"snapshot", Kind::kSnapshot, "snapshot NAME", parseSnapshot},
+    {"respring", Kind::kRespring, "respring", parseRespring},
+    {"kill", Kind::kKill, "kill PROCESS", parseKill},
     {"battery", Kind::kAction, "battery critical|normal", parseBattery},
     {"incoming-call", Kind::kPhone, "incoming-call NUMBER [name \"NAME\"]", parsePhone},
     {"outgoing-call", Kind::kPhone, "outgoing-call NUMBER", parsePhone},

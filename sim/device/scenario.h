@@ -45,6 +45,8 @@ struct Statement {
     kExpect,
     kMissing, kBundle, kExtension,
     kSnapshot,
+    kRespring,
+    kKill,
     kPhone,
   };
   Kind kind = Kind::kMark;
