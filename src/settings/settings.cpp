@@ -36,26 +36,77 @@ Retained copyValue(const char* key) {
       platform::cf(platform::makeString(key)), platform::cf(domainName()))));
 }
 
-// Typed reads. A value of another type than the key's reads as absent:
-// nothing the settings pane (or anyone else) stores can make a host crash.
+// A stored value of the wrong kind is read the way the platform would read
+// it wherever it can answer, so that a bad value never switches protection
+// off: a string answers boolValue and intValue, a number its decimal text,
+// a list keeps its strings. What cannot answer (a dictionary where a flag
+// belongs) counts as absent. Each repair is said once in the log.
+void logRepair(const char* key, const char* what) {
+  platform::AutoreleasePool pool;
+  NSLog(platform::makeString("%@"),
+        platform::makeString(std::string("Kavelin: the setting \"") + key + "\" " + what));
+}
+
 std::optional<bool> readBool(const char* key) {
   Retained v = copyValue(key);
-  if (!platform::isKindOf(v.get(), "NSNumber")) return std::nullopt;
+  if (v && platform::isKindOf(v.get(), "NSString")) {
+    logRepair(key, "is text; read as its boolValue");
+  } else if (v && !platform::isKindOf(v.get(), "NSNumber")) {
+    logRepair(key, "is neither a number nor text; ignored");
+    return std::nullopt;
+  }
+  if (!v) return std::nullopt;
   return platform::send<BOOL>(v.get(), Sel("boolValue")) != 0;
 }
 std::optional<int> readInt(const char* key) {
   Retained v = copyValue(key);
-  if (!platform::isKindOf(v.get(), "NSNumber")) return std::nullopt;
+  if (v && platform::isKindOf(v.get(), "NSString")) {
+    logRepair(key, "is text; read as its intValue");
+  } else if (v && !platform::isKindOf(v.get(), "NSNumber")) {
+    logRepair(key, "is neither a number nor text; ignored");
+    return std::nullopt;
+  }
+  if (!v) return std::nullopt;
   return platform::send<int>(v.get(), Sel("intValue"));
 }
 std::optional<std::string> readString(const char* key) {
-  return platform::stringOf(copyValue(key).get());
+  Retained v = copyValue(key);
+  if (!v) return std::nullopt;
+  if (auto text = platform::stringOf(v.get())) return text;
+  if (platform::isKindOf(v.get(), "NSNumber")) {
+    logRepair(key, "is a number; read as its decimal text");
+    if (auto whole = platform::integerOf(v.get());
+        whole && platform::realOf(v.get()) == static_cast<double>(*whole)) {
+      return std::to_string(*whole);
+    }
+    return platform::toString(platform::send<id>(v.get(), Sel("stringValue")));
+  }
+  logRepair(key, "is neither text nor a number; ignored");
+  return std::nullopt;
 }
 std::optional<std::vector<std::string>> readList(const char* key) {
-  return platform::stringListOf(copyValue(key).get());
+  Retained v = copyValue(key);
+  if (!v) return std::nullopt;
+  if (!platform::isKindOf(v.get(), "NSArray")) {
+    logRepair(key, "is not a list; ignored");
+    return std::nullopt;
+  }
+  std::vector<std::string> out;
+  bool dropped = false;
+  for (platform::UInteger i = 0; i < platform::arrayCount(v.get()); ++i) {
+    auto item = platform::stringOf(platform::arrayObjectAt(v.get(), i));
+    if (item) {
+      out.push_back(std::move(*item));
+    } else {
+      dropped = true;
+    }
+  }
+  if (dropped) logRepair(key, "holds entries that are not text; they are left out");
+  return out;
 }
 
-// Keys 8 to 25 except the haptic level: plain booleans with their defaults.
+// The plain flags, with their defaults, in the order they are read (the
+// haptic level is read between the two groups).
 struct BoolKey {
   const char* key;
   bool Settings::*slot;
@@ -83,7 +134,7 @@ const BoolKey kFlagsAfterHaptic[] = {
     {"appsInFoldersAreStillProtected", &Settings::appsInFoldersAreStillProtected, false},
 };
 
-// Keys 26 to 32: lists of strings, empty when absent.
+// The protected lists: strings, empty when absent.
 struct ListKey {
   const char* key;
   std::vector<std::string> Settings::*slot;

@@ -88,8 +88,10 @@ TEST_F(SettingsLoad, MissingOrUnreadableFilesLoadEveryDefault) {
   }
 }
 
-TEST_F(SettingsLoad, ValuesOfTheWrongTypeLoadAsAbsent) {
-  prefs({{"Enabled", Value::string("no")},
+// A wrong-typed value is read as the platform would read it where it can
+// answer; only what cannot answer counts as absent.
+TEST_F(SettingsLoad, ValuesOfTheWrongTypeAreReadAsThePlatformReadsThem) {
+  prefs({{"Enabled", Value::string("NO")},
          {"keepSession", Value::dictionary({{"x", Value::boolean(true)}})},
          {"haptic", Value::string("3")},
          {"IconColor", Value::array({})},
@@ -99,14 +101,20 @@ TEST_F(SettingsLoad, ValuesOfTheWrongTypeLoadAsAbsent) {
          {"protectedSettings", Value::dictionary({})}});
   load();
   const Settings& s = current();
-  EXPECT_TRUE(s.enabled);
-  EXPECT_FALSE(s.keepSession);
-  EXPECT_EQ(s.haptic, 2);
-  EXPECT_EQ(s.iconColor, 4);
-  EXPECT_EQ(s.passcode, std::nullopt);
-  EXPECT_TRUE(s.protectedApps.empty());
-  EXPECT_TRUE(s.protectedFolders.empty()) << "a number among the folder names spoils the list";
+  EXPECT_FALSE(s.enabled) << "\"NO\" reads as false";
+  EXPECT_FALSE(s.keepSession) << "a dictionary cannot answer: the default";
+  EXPECT_EQ(s.haptic, 3) << "\"3\" reads as 3";
+  EXPECT_EQ(s.iconColor, 4) << "an array cannot answer: the default";
+  EXPECT_EQ(s.passcode, "1234") << "a number is its decimal text";
+  EXPECT_TRUE(s.protectedApps.empty()) << "text is not a list";
+  EXPECT_EQ(s.protectedFolders, std::vector<std::string>{"Games"})
+      << "a list keeps its strings and drops the rest";
   EXPECT_TRUE(s.protectedSettings.empty());
+
+  prefs({{"Enabled", Value::string("YES")}, {"passcode", Value::real(12.5)}});
+  load();
+  EXPECT_TRUE(current().enabled);
+  EXPECT_EQ(current().passcode, "12.5");
 }
 
 TEST_F(SettingsLoad, PasscodeOnlyRules) {
