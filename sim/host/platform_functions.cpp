@@ -2,6 +2,8 @@
 // provides them: Darwin notify and the Darwin notification centre,
 // preferences, the main dispatch queue, the clock, the dynamic loader's
 // image callbacks, the I/O registry, process spawning and the system log.
+#include <sys/stat.h>
+
 #include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/utsname.h>
@@ -10,6 +12,7 @@
 #include <cstdarg>
 #include <cstring>
 #include <map>
+#include <optional>
 #include <vector>
 
 #include "platform/blocks.h"
@@ -59,10 +62,21 @@ void postNotification(const std::string& name) {
 
 // ---- Preferences: a per-process cache of each domain's file ----
 
+// The identity of a domain's file as last read: a synchronise re-reads it
+// only when another process has written it since, as the device's
+// preferences service keeps its domains in memory.
+struct FileIdentity {
+  ino_t inode = 0;
+  off_t size = -1;
+  int64_t modifiedNanos = 0;
+  bool operator==(const FileIdentity&) const = default;
+};
+
 struct Domain {
   Value::Dictionary values;
   bool loaded = false;
   bool dirty = false;
+  std::optional<FileIdentity> read;  // none: never read, or there was no file
 };
 std::map<std::string, Domain>& domains() {
   static auto* table = new std::map<std::string, Domain>();
@@ -73,10 +87,21 @@ std::string domainPath(const std::string& domain) {
   return "/var/mobile/Library/Preferences/" + domain + ".plist";
 }
 
+std::optional<FileIdentity> identityOf(const std::string& path) {
+  struct stat st {};
+  if (stat(path.c_str(), &st) != 0) return std::nullopt;
+  return FileIdentity{st.st_ino, st.st_size,
+                      static_cast<int64_t>(st.st_mtim.tv_sec) * 1000000000 + st.st_mtim.tv_nsec};
+}
+
 void loadDomain(const std::string& name, Domain& d) {
-  auto contents = kv::sim::readPlistFile(domainPath(name));
+  std::string path = domainPath(name);
+  auto identity = identityOf(path);
+  if (d.loaded && identity && d.read == identity) return;  // unchanged since it was read
+  auto contents = kv::sim::readPlistFile(path);
   d.values = contents ? contents->asDictionary() : Value::Dictionary{};
   d.loaded = true;
+  d.read = identity;
 }
 
 Domain& domainNamed(const std::string& name) {

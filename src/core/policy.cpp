@@ -24,8 +24,8 @@ using settings::Note;
 
 constexpr const char* kNewsstand = "newsstand";
 
-bool contains(const std::vector<std::string>& list, const std::string& item) {
-  return std::find(list.begin(), list.end(), item) != list.end();
+bool contains(const settings::ItemList& list, const std::string& item) {
+  return list.contains(item);
 }
 
 bool inProtectedFolders(id name) {

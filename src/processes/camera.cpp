@@ -87,7 +87,7 @@ bool photosGuarded(bool protectedFromReply) {
       protectedFromReply
           ? platform::stringListOf(platform::objectForKey(protectedApps, "protectedApps"))
                 .value_or(std::vector<std::string>{})
-          : settings::current().protectedApps;
+          : settings::current().protectedApps.items();
   return enrolled >= 1 && !sessionExists && !camera().cameraBypass && settings::current().enabled &&
          std::ranges::find(apps, kPhotos) != apps.end();
 }

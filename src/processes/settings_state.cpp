@@ -31,8 +31,7 @@ id reply(const char* message) {
 
 bool listedItem(const std::optional<std::string>& item) {
   if (!item) return false;
-  const auto& list = settings::current().protectedSettings;
-  return std::find(list.begin(), list.end(), *item) != list.end();
+  return settings::current().protectedSettings.contains(*item);
 }
 
 }  // namespace

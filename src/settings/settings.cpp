@@ -137,7 +137,7 @@ const BoolKey kFlagsAfterHaptic[] = {
 // The protected lists: strings, empty when absent.
 struct ListKey {
   const char* key;
-  std::vector<std::string> Settings::*slot;
+  ItemList Settings::*slot;
 };
 const ListKey kLists[] = {
     {"protected", &Settings::protectedApps},
@@ -154,8 +154,8 @@ void readFlags(Settings& s, const BoolKey* begin, const BoolKey* end) {
     s.*(k->slot) = readBool(k->key).value_or(k->fallback);
 }
 
-bool contains(const std::vector<std::string>& list, const std::string& item) {
-  return std::find(list.begin(), list.end(), item) != list.end();
+bool contains(const ItemList& list, const std::string& item) {
+  return list.contains(item);
 }
 
 void write(const char* key, id value) {

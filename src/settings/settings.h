@@ -4,12 +4,43 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
+#include <unordered_set>
 #include <vector>
 
 namespace kv::settings {
 
 // The preference domain the companion settings pane writes.
 inline constexpr const char* kDomain = "net.quorvan.kavelin";
+
+// A protected list as the settings pane stored it: its entries in order
+// (replies and write-backs keep the order) and a hash of them, so that a
+// guard's question costs the same with ten entries as with ten thousand.
+class ItemList {
+ public:
+  ItemList() = default;
+  ItemList(std::vector<std::string> items)  // NOLINT(google-explicit-constructor)
+      : items_(std::move(items)), index_(items_.begin(), items_.end()) {}
+
+  // True iff an entry equals `item` exactly.
+  bool contains(const std::string& item) const { return index_.count(item) != 0; }
+
+  const std::vector<std::string>& items() const { return items_; }
+  operator const std::vector<std::string>&() const { return items_; }  // NOLINT
+  auto begin() const { return items_.begin(); }
+  auto end() const { return items_.end(); }
+  bool empty() const { return items_.empty(); }
+  size_t size() const { return items_.size(); }
+  void clear() {
+    items_.clear();
+    index_.clear();
+  }
+  bool operator==(const std::vector<std::string>& other) const { return items_ == other; }
+
+ private:
+  std::vector<std::string> items_;
+  std::unordered_set<std::string> index_;
+};
 
 struct Settings {
   bool onlyPasscode = false;
@@ -39,13 +70,13 @@ struct Settings {
   bool appsInFoldersAreStillProtected = false;
   bool biometricsInUse = false;  // derived: biometric hardware present and not passcode-only
   bool protectSiri = false;
-  std::vector<std::string> protectedApps;  // "protected"
-  std::vector<std::string> protectedNotifications;
-  std::vector<std::string> protectedSettings;
-  std::vector<std::string> protectedSwitches;
-  std::vector<std::string> protectedFolders;
-  std::vector<std::string> protectedCCItems;
-  std::vector<std::string> protectedCCSettingsItems;
+  ItemList protectedApps;  // "protected"
+  ItemList protectedNotifications;
+  ItemList protectedSettings;
+  ItemList protectedSwitches;
+  ItemList protectedFolders;
+  ItemList protectedCCItems;
+  ItemList protectedCCSettingsItems;
 
   // The haptic level in effect: `haptic` when haptics are on, else 0.
   int effectiveHaptic() const { return hapticSetting ? haptic : 0; }

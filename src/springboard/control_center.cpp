@@ -52,8 +52,8 @@ constexpr RoundButtonItem kRoundButtonItems[] = {
     {"CCUIConnectivityHotspotViewController", "hotspot"},
 };
 
-bool listed(const std::vector<std::string>& list, const std::string& item) {
-  return std::find(list.begin(), list.end(), item) != list.end();
+bool listed(const settings::ItemList& list, const std::string& item) {
+  return list.contains(item);
 }
 
 // The control's targets, in the order the set gives them.

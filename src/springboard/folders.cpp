@@ -35,8 +35,8 @@ const Sel kSharedInstance("sharedInstance");
 constexpr const char* kNewsstand = "newsstand";
 constexpr const char* kForceTouchIconView = "_appIconForceTouchIconView";
 
-bool listed(const std::vector<std::string>& list, const std::optional<std::string>& name) {
-  return name && std::find(list.begin(), list.end(), *name) != list.end();
+bool listed(const settings::ItemList& list, const std::optional<std::string>& name) {
+  return name && list.contains(*name);
 }
 bool inProtectedFolders(id name) {
   return listed(settings::current().protectedFolders, platform::stringOf(name));
