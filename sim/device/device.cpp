@@ -7,6 +7,8 @@
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
+#include <poll.h>
+#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -56,16 +58,56 @@ std::string describeStatus(int status) {
   return "unknown status";
 }
 
+constexpr int kQuitTimeoutMs = 2000;   // a host asked to quit
+constexpr int kCrashTimeoutMs = 1000;  // a host whose socket closed
+
+// Waits up to `timeoutMs` for `pid` to end, without polling where the
+// kernel can say when (a pidfd); answers whether it ended, with *status.
+bool waitForExit(pid_t pid, int timeoutMs, int* status) {
+  pid_t done = waitpid(pid, status, WNOHANG);
+  if (done != 0) return done == pid;
+  int fd = static_cast<int>(syscall(SYS_pidfd_open, pid, 0));
+  if (fd >= 0) {
+    pollfd p{fd, POLLIN, 0};
+    poll(&p, 1, timeoutMs);
+    close(fd);
+    return waitpid(pid, status, WNOHANG) == pid;
+  }
+  for (int waited = 0; waited < timeoutMs; waited += 5) {
+    if (waitpid(pid, status, WNOHANG) == pid) return true;
+    usleep(5000);
+  }
+  return false;
+}
+
+// Ends `pid` for good: a last chance to exit within `timeoutMs`, then a kill.
+// Answers whether it had to be killed.
+bool endProcess(pid_t pid, int timeoutMs, int* status) {
+  if (timeoutMs > 0 && waitForExit(pid, timeoutMs, status)) return false;
+  ::kill(pid, SIGKILL);
+  waitpid(pid, status, 0);
+  return true;
+}
+
 }  // namespace
 
 Device::Device(DeviceOptions options) : options_(std::move(options)) {
-  char pattern[] = "/tmp/kavelin-sim-XXXXXX";
-  const char* made = mkdtemp(pattern);
+  // The device's files live in memory where the machine has a memory file
+  // system: making and removing a device's folder tree is most of a short
+  // scenario's cost on a disk.
+  // KAVELIN_SIM_FOLDER chooses another place (to measure against a disk).
+  const char* chosen = std::getenv("KAVELIN_SIM_FOLDER");
+  std::string parent = chosen != nullptr                        ? chosen
+                       : access("/dev/shm", W_OK | X_OK) == 0 ? "/dev/shm"
+                       : std::getenv("TMPDIR") != nullptr     ? std::getenv("TMPDIR")
+                                                              : "/tmp";
+  std::string pattern = parent + "/kavelin-sim-XXXXXX";
+  const char* made = mkdtemp(pattern.data());
   // Without a folder of its own the device has nowhere to live, and its end
   // would remove whatever folder it had borrowed: stop here instead.
   if (made == nullptr) {
-    std::fprintf(stderr, "kavelin-sim: cannot make a device folder under /tmp: %s\n",
-                 std::strerror(errno));
+    std::fprintf(stderr, "kavelin-sim: cannot make a device folder under %s: %s\n",
+                 parent.c_str(), std::strerror(errno));
     std::exit(2);
   }
   root_ = std::string(made) + "/root";
@@ -99,12 +141,8 @@ std::string Device::shutDown() {
   for (auto& h : hosts_) {
     if (h->pid <= 0) continue;
     int status = 0;
-    pid_t done = 0;
-    for (int i = 0; i < 200 && (done = waitpid(h->pid, &status, WNOHANG)) == 0; ++i) usleep(10000);
     std::string problem;
-    if (done == 0) {
-      ::kill(h->pid, SIGKILL);
-      waitpid(h->pid, &status, 0);
+    if (endProcess(h->pid, kQuitTimeoutMs, &status)) {
       problem = "did not quit and was killed";
     } else if (!(WIFEXITED(status) && WEXITSTATUS(status) == 0)) {
       problem = "ended with " + describeStatus(status);
@@ -220,11 +258,7 @@ bool Device::respring(std::string* error) {
   note("device", "respring", "SpringBoard ends and starts again");
   h->channel->send(message("quit"));
   int status = 0;
-  for (int i = 0; i < 200 && waitpid(h->pid, &status, WNOHANG) == 0; ++i) usleep(10000);
-  if (waitpid(h->pid, &status, WNOHANG) == 0) {
-    ::kill(h->pid, SIGKILL);
-    waitpid(h->pid, &status, 0);
-  }
+  endProcess(h->pid, kQuitTimeoutMs, &status);
   h->pid = -1;
   h->alive = false;
   for (auto it = centers_.begin(); it != centers_.end();) {
@@ -493,11 +527,10 @@ void Device::lost(Host& host, const std::string& why) {
   int status = 0;
   std::string what = why;
   if (host.pid > 0) {
-    pid_t done = 0;
-    for (int i = 0; i < 100 && (done = waitpid(host.pid, &status, WNOHANG)) == 0; ++i) usleep(10000);
-    if (done == 0) {
-      ::kill(host.pid, SIGKILL);
-      waitpid(host.pid, &status, 0);
+    // A host that went quiet past its time-out is ended at once; one whose
+    // socket closed is crashing, and says how once it has ended.
+    bool hung = why.find("wall time") != std::string::npos;
+    if (endProcess(host.pid, hung ? 0 : kCrashTimeoutMs, &status)) {
       what += " and was killed";
     } else {
       what = "crashed: " + describeStatus(status);
