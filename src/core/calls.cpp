@@ -39,22 +39,22 @@ void performOn(id target, const char* selector, double delay) {
 void callStatusChanged() {
   const settings::Settings& s = settings::current();
   platform::AutoreleasePool pool;
-  // 1. Only while caller names are protected.
+  // Only while caller names are protected.
   if (!s.enabled || !s.callerNameProtected) return;
-  // 2. Nothing to authenticate with, a trusted network or a kept session: names show.
+  // Nothing to authenticate with, a trusted network or a kept session: names show.
   if (!wayToAuthenticate() || isOnTrustedWiFi() || sessionExists()) {
     settings::publish(Note::kAllowInCallNames, kNamesAllowed);
     return;
   }
   id callCenter = sharedInstanceOf("TUCallCenter");
   if (sendIfResponds<id>(callCenter, Sel("incomingCall")) != nullptr) {
-    // 3. A ringing call: names hidden until a finger or face is matched.
+    // A ringing call: names hidden until a finger or face is matched.
     settings::setState(Note::kAllowInCallNames, kNamesHidden);
     performOn(state().biometricDelegate.get(), "_startMatching", kMonitorStart);
     performOn(inCallController(), "startMatching", kInCallStartFirst);
     performOn(inCallController(), "startMatching", kInCallStartAgain);
   } else {
-    // 4. No ringing call: the in-call matching stops, and a locked device's
+    // No ringing call: the in-call matching stops, and a locked device's
     //    passcode lock takes effect at once.
     sendIfResponds(inCallController(), Sel("stopMatching"));
     if (devicePasscodeSet() && uiLocked()) {
@@ -68,7 +68,7 @@ void callStatusChanged() {
       }
     }
   }
-  // 5. During a call the state stands; after the last one the names stay
+  // During a call the state stands; after the last one the names stay
   //    shown only when a match showed them and lifting should not hide them.
   if (platform::arrayCount(sendIfResponds<id>(callCenter, Sel("currentCalls"))) > 0) {
     settings::post(Note::kAllowInCallNames);

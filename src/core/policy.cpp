@@ -94,10 +94,10 @@ bool requiresAuthenticationForIdentifier(const std::string& identifier) {
 
 bool requiresAuthenticationForOpeningFolder(id folder) {
   if (folder == nullptr) return false;
-  // 1. The Newsstand folder goes by its fixed entry.
+  // The Newsstand folder goes by its fixed entry.
   if (isNewsstand(folder) && contains(settings::current().protectedFolders, kNewsstand))
     return true;
-  // 2-3. Its display name, else its default display name.
+  // Its display name, else its default display name.
   return folderNameProtected(folder);
 }
 
@@ -107,22 +107,22 @@ bool folderNameProtected(id folder) {
 }
 
 bool isOnTrustedWiFi() {
-  // 1. The trusted networks, fresh from the domain.
+  // The trusted networks, fresh from the domain.
   std::vector<settings::TrustedNetwork> trusted = settings::readAllowedWiFis();
   if (trusted.empty()) return false;
-  // 2. The network the device is on.
+  // The network the device is on.
   id manager =
       platform::sendClass<id>(platform::classNamed("SBWiFiManager"), Sel("sharedInstance"));
   id network = platform::ivar<id>(manager, "_currentNetwork").value_or(nullptr);
   if (network == nullptr) return false;
-  // 3. Its BSSID, through the Wi-Fi framework.
+  // Its BSSID, through the Wi-Fi framework.
   WiFiNetworkGetPropertyFn getProperty = wifiNetworkGetProperty();
   if (getProperty == nullptr) return false;
   platform::AutoreleasePool pool;
   auto bssid = platform::stringOf(
       platform::ns(getProperty(network, platform::cf(platform::makeString("BSSID")))));
   if (!bssid) return false;
-  // 4. Only the BSSID decides; the stored name is for the settings pane.
+  // Only the BSSID decides; the stored name is for the settings pane.
   return std::any_of(trusted.begin(), trusted.end(),
                      [&](const settings::TrustedNetwork& n) { return n.bssid == *bssid; });
 }

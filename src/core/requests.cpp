@@ -64,12 +64,12 @@ void launchApplicationWithIdentifier(id bundleIdentifier) {
 
 void authenticateForOpeningFolder(id folder) {
   platform::AutoreleasePool pool;
-  // 1. Only while SpringBoard's own screen shows.
+  // Only while SpringBoard's own screen shows.
   if (settings::stateOf(settings::Note::kScreenChanged) != kSpringBoardShowing) {
     folderLog(folder, "SpringBoard is not visible");
     return;
   }
-  // 2. Only a folder on the page the user sees.
+  // Only a folder on the page the user sees.
   id icon = sendIfResponds<id>(folder, Sel("icon"));
   id iconController =
       platform::sendClass<id>(platform::classNamed("SBIconController"), Sel("sharedInstance"));
@@ -79,12 +79,12 @@ void authenticateForOpeningFolder(id folder) {
     folderLog(folder, "folder is not in visible icon list.");
     return;
   }
-  // 3. Not one that is open already.
+  // Not one that is open already.
   if (sendIfResponds<BOOL>(folder, Sel("isOpen")) != 0) {
     folderLog(folder, "folder is already open.");
     return;
   }
-  // 4. Its launch, held back behind a prompt naming it.
+  // Its launch, held back behind a prompt naming it.
   Retained invocation = folderLaunch(icon);
   if (!invocation) return;
   platform::retainArguments(invocation.get());

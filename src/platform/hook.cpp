@@ -53,11 +53,11 @@ InstallStatus installReplacement(const Row& row, Class cls, SEL sel) {
   const HookInfo& info = row.hook();
   HookSlots& slots = *info.slots;
 
-  // 1. The class and its superclass, for the super-call stub.
+  // The class and its superclass, for the super-call stub.
   if (cls == nullptr) return InstallStatus::kClassMissing;
   Class superclass = class_getSuperclass(cls);
 
-  // 2. The method, own or inherited; none leaves the row uninstalled.
+  // The method, own or inherited; none leaves the row uninstalled.
   Method method = class_getInstanceMethod(cls, sel);
   if (method == nullptr) return InstallStatus::kSelectorMissing;
   const char* types = method_getTypeEncoding(method);
@@ -74,16 +74,16 @@ InstallStatus installReplacement(const Row& row, Class cls, SEL sel) {
   slots.superclass = superclass;
   slots.installed = true;
 
-  // 3. Until proven otherwise the platform behaviour is the superclass's.
+  // Until proven otherwise the platform behaviour is the superclass's.
   slots.saved = info.superStub;
 
-  // 4. Inherited only: the replacement overrides it in this class alone, and
+  // Inherited only: the replacement overrides it in this class alone, and
   //    the stub keeps following the superclass's method at call time.
   if (class_addMethod(cls, sel, info.replacement, types)) {
     return InstallStatus::kInstalledInherited;
   }
 
-  // 5. Own method: exchange, keeping what the exchange hands back.
+  // Own method: exchange, keeping what the exchange hands back.
   slots.saved = method_getImplementation(method);
   IMP previous = method_setImplementation(method, info.replacement);
   if (previous != nullptr) slots.saved = previous;

@@ -136,7 +136,7 @@ void addIdleAnimations(const AlertViewState& s) {
 }
 
 void startScannerMotion(AlertViewState& s) {
-  // 2. Show the fingerprint, freeze its pulse, fade the alphas in.
+  // Show the fingerprint, freeze its pulse, fade the alphas in.
   s.isAnimating = true;
   id fingerprintLayer = layerOf(s.thumb);
   send<void>(fingerprintLayer, kRemoveAllAnimations);
@@ -148,7 +148,7 @@ void startScannerMotion(AlertViewState& s) {
                     send<void>(thumb.get(), sel::kSetAlpha, 1.0);
                     send<void>(thumbRed.get(), sel::kSetAlpha, 0.0);
                   }));
-  // 3. The sweep.
+  // The sweep.
   for (const auto& motion : kSweep) addMotion(layerOf(s.ghostView), motion);
 }
 

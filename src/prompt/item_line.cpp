@@ -57,7 +57,7 @@ void addItemLine(AlertViewState& s, id container) {
   static const Sel kDarkGray("darkGrayColor"), kSetClipsToBounds("setClipsToBounds:");
   if (!settings::current().showProtectedItemName || !s.inRestrictTitle) return;
 
-  // 1. A lock-screen item is remembered and stored back without its suffix.
+  // A lock-screen item is remembered and stored back without its suffix.
   std::string identifier = platform::toString(s.inRestrictTitle.get());
   bool lockScreen = identifier.find(kLockScreenMark) != std::string::npos;
   if (lockScreen) {
@@ -65,7 +65,7 @@ void addItemLine(AlertViewState& s, id container) {
         send<id>(platform::makeString(without(identifier, kLockScreenSuffix)), kCopy));
   }
 
-  // 2-3. The application's display name, or the identifier itself. The
+  // The application's display name, or the identifier itself. The
   // lock-screen suffix takes a line of its own: its space becomes a break.
   std::string text = platform::toString(itemName(s.inRestrictTitle.get()));
   Integer lines = 1;
@@ -81,7 +81,7 @@ void addItemLine(AlertViewState& s, id container) {
   send<void>(label, kSetText, platform::makeString(text));
   send<void>(label, kSetNumberOfLines, lines);
 
-  // 4. Centred, bold, dark grey; the container does not clip it.
+  // Centred, bold, dark grey; the container does not clip it.
   send<void>(label, kSetTextAlignment, kCentred);
   send<void>(label, kSetFont,
              sendClass<id>(platform::classNamed("UIFont"), kBoldSystemFont, kFontSize));

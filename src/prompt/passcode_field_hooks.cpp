@@ -50,16 +50,16 @@ void passcodeInsertText(id self, SEL cmd, id text) {
     Original::original(self, cmd, text);
     return;
   }
-  // 1. Where the prompt stands before the first digit.
+  // Where the prompt stands before the first digit.
   bool own = isPromptField(self);
   if (own && !hasText(self)) {
     id container = promptContainer();
     gRemembered = container != nullptr;
     if (gRemembered) gRememberedOriginY = send<CGRect>(container, Sel("frame")).origin.y;
   }
-  // 2. The platform's typing.
+  // The platform's typing.
   Original::original(self, cmd, text);
-  // 3. Back in place now, and after the platform's own moves.
+  // Back in place now, and after the platform's own moves.
   if (own && hasText(self)) {
     send<void>(self, Sel("updateKavelinAlert"));
     send<void>(self, Sel("performSelector:withObject:afterDelay:"), Sel("updateKavelinAlert"),

@@ -92,31 +92,31 @@ void show(id self, SEL cmd) {
       kPerformAfterDelay("performSelector:withObject:afterDelay:");
   AlertViewState& s = stateOf(self);
 
-  // 1. Remember the face, then the alert goes up.
+  // Remember the face, then the alert goes up.
   s.wasPasscodeVisible = passcodeFieldShowing(s);
   platform::sendSuper<void>(platform::classNamed("UIAlertView"), self, cmd);
   s.viewAppeared = s.viewAppeared || send<BOOL>(self, kIsVisible);
 
-  // 2. Where the content goes.
+  // Where the content goes.
   id container = contentContainer(self);
 
-  // 3. PassKit, for the glyph.
+  // PassKit, for the glyph.
   loadPassKit();
 
-  // 4-6. Ring and fingerprint, or the glyph.
+  // Ring and fingerprint, or the glyph.
   removeContent(s);
   buildLook(s, chooseLook(), container);
 
-  // 7. The item line.
+  // The item line.
   addItemLine(s, container);
 
-  // 8. The passcode field; without biometric hardware, or when the field
+  // The passcode field; without biometric hardware, or when the field
   // showed before, the prompt opens at passcode entry.
   addPasscodeField(self, s, container);
   if (passcodeFieldShowing(s) || s.wasPasscodeVisible)
     send<void>(self, sel::kHideCircleAndShowPasscodeField);
 
-  // 9. Idle animations, and the deferred repairs.
+  // Idle animations, and the deferred repairs.
   if (!s.isAnimating && animationsEnabled()) startIdleAnimations(s);
   send<void>(self, kPerformAfterDelay, sel::kReAddAnimations, id{nullptr}, kDeferredDelay);
   Retained keep(self);

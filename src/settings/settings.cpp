@@ -179,15 +179,16 @@ void load() {
     CFPreferencesAppSynchronize(platform::cf(domainName()));
   }
 
-  // 1-2. The passcode, and rule A: passcode-only needs a passcode, and with
-  //      no enrolled finger or face a stored passcode is the only way.
+  // The passcode first: passcode-only needs a passcode, and with no
+  // enrolled finger or face a stored passcode is the only way.
   s.onlyPasscode = readBool("onlyPasscode").value_or(false);
   s.passcode = readString("passcode");
   s.shouldShowExperimentalAlert = readBool("shouldShowExperimentalAlert").value_or(true);
   s.onlyPasscode = s.onlyPasscode && s.passcode.has_value();
   if (s.passcode && core::enrolledIdentities() == 0) s.onlyPasscode = true;
 
-  // 3-5. The master switch; rule B for the caller's name.
+  // The master switch; the caller's name can be protected only where a
+  // sensor can unlock it during a call.
   s.enabled = readBool("Enabled").value_or(true);
   s.callerNameProtected = readBool("callerNameProtected").value_or(false) &&
                           core::biometricHardwareInUse(s.onlyPasscode) && f.isIOS8OrLater;
@@ -196,7 +197,7 @@ void load() {
   }
   s.hideCallerAfterLifting = readBool("HideCallerAfterLifting").value_or(true);
 
-  // 6. Rule C: the glyph colour; the face camera decides when it is absent.
+  // The glyph colour; the face camera decides when none is stored.
   if (auto color = readInt("IconColor")) {
     s.iconColor = *color;
   } else if (core::faceCameraPresent()) {
@@ -204,7 +205,7 @@ void load() {
   }
   s.iconColorFlag = core::faceCameraPresent() || s.iconColor > 2;
 
-  // 7. Keys 8 to 25, the hardware test between 24 and 25.
+  // The flags, the haptic level between them, then the hardware test.
   readFlags(s, std::begin(kFlagsBeforeHaptic), std::end(kFlagsBeforeHaptic));
   s.haptic = readInt("haptic").value_or(2);
   readFlags(s, std::begin(kFlagsAfterHaptic), std::end(kFlagsAfterHaptic));
@@ -212,7 +213,8 @@ void load() {
   s.biometricsInUse = core::biometricHardwareInUse(s.onlyPasscode);
   s.protectSiri = readBool("protectSiri").value_or(false);
 
-  // 8. The lists; the camera's photo state; rule D for notifications.
+  // The lists, and the camera's photo state with them; notifications are
+  // held back on iOS 10 alone.
   for (const auto& list : kLists) {
     s.*(list.slot) = readList(list.key).value_or(std::vector<std::string>{});
     if (list.slot == &Settings::protectedApps) {
@@ -222,12 +224,12 @@ void load() {
   }
   if (f.isIOS11) s.protectedNotifications.clear();
 
-  // 9. The grace period follows the session while sessions are kept.
+  // The grace period follows the session while sessions are kept.
   if (startup::role() == startup::Role::kSpringBoard) {
     publish(Note::kGracePeriod, s.keepSession && core::sessionUnlocked() ? 1 : 0);
   }
 
-  // 10. Without biometrics, a stored passcode is what "identities" means.
+  // Without biometrics, a stored passcode is what "identities" means.
   if (!s.biometricsInUse) publish(Note::kIdentities, s.passcode ? 1 : 0);
 }
 
