@@ -102,12 +102,6 @@ constexpr Row added(const char* className, const char* method, const char* encod
   return Row{className, method, RowKind::kAdded, &Addition<F>::info, encoding, false};
 }
 
-// The same row, marked pending.
-constexpr Row pending(Row row) {
-  row.pending = true;
-  return row;
-}
-
 // A row whose behaviour is not built yet: listed in reports, never installed.
 constexpr Row pendingRow(const char* className, const char* method) {
   return Row{className, method, RowKind::kReplaced, nullptr, nullptr, true};

@@ -172,19 +172,5 @@ std::string Value::describe() const {
   return out;
 }
 
-const char* kindName(Value::Kind kind) {
-  switch (kind) {
-    case Value::Kind::kNone: return "none";
-    case Value::Kind::kBool: return "boolean";
-    case Value::Kind::kInteger: return "integer";
-    case Value::Kind::kReal: return "real";
-    case Value::Kind::kString: return "string";
-    case Value::Kind::kData: return "data";
-    case Value::Kind::kDate: return "date";
-    case Value::Kind::kArray: return "array";
-    case Value::Kind::kDictionary: return "dictionary";
-  }
-  return "?";
-}
 
 }  // namespace kv::platform

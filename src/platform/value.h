@@ -56,7 +56,5 @@ class Value {
   Dictionary dictionary_;
 };
 
-// Returns the name of a kind, for messages ("string", "array", ...).
-const char* kindName(Value::Kind kind);
 
 }  // namespace kv::platform

@@ -207,7 +207,7 @@ TEST(Hook, ARowIsInstalledOnceAndNeverSavesItsOwnReplacement) {
 TEST(Hook, PendingAndMalformedRowsAreNotInstalled) {
   Class cls = defineClass("Later", nullptr, {{"value", imp(baseValue), "i@:"}});
   const Row rows[] = {
-      platform::pending(platform::replaced<&neverCalled>("Later", "-value")),
+      platform::pendingRow("Later", "-value"),
       platform::replaced<&neverCalled>("Later", "value"),
   };
   auto report = platform::installRows(rows);
