@@ -89,6 +89,10 @@ const ActionSpec kActions[] = {
      "force-press the screen's left edge: the previous app comes back (iOS 10 and later)"},
     {"SpringBoard", "lock-camera-image-well", 0, 0, "lock-camera-image-well",
      "in the camera opened from the lock screen (iOS 8), tap the last-photo thumbnail"},
+    {"SpringBoard", "slide-up", 1, 1, "slide-up BUNDLE-ID",
+     "on the lock screen, slide up to that app (iOS 8 and 9): it opens over the lock screen "
+     "within the device passcode's grace period (a minute after the lock), else after the "
+     "device passcode ('unlock')"},
     {"SpringBoard", "home", 0, 0, "home", "press the home button"},
     {"SpringBoard", "lock", 0, 0, "lock", "press the lock button"},
     {"SpringBoard", "unlock", 0, 0, "unlock",

@@ -43,6 +43,18 @@ const std::vector<Sequence> kSequences = {
     {"touchid", 11, 11, true, {1, 3, 4}}, {"touchid", 11, 11, false, {1, 2}},
     {"faceid", 11, 11, true, {12, 3, 4}}, {"faceid", 11, 11, false, {12, 14}},
 };
+// On the lock screen of a device without passcode the system does not match;
+// BiometricKit asked to match by itself reports its own statuses: a
+// recognised finger is 2 before iOS 10 and 1 from iOS 10, an unrecognised
+// one 10.
+const std::vector<Sequence> kKitSequences = {
+    {"touchid", 8, 9, true, {2}},
+    {"touchid", 10, 11, true, {1}},
+    {"touchid", 8, 11, false, {10}},
+};
+
+// BiometricKit was asked to match by itself since the device locked.
+bool gKitMatchingWhileLocked = false;
 
 std::string describe(const std::vector<long>& codes) {
   std::string out;
@@ -207,6 +219,7 @@ id kitMatchWithMode(id, SEL, unsigned long mode, id) {
 // The kit answers a status; 0 is success.
 int kitMatchWithOptions(id, SEL, id, id) {
   host::logEvent("biometric", "BiometricKit match with options");
+  if (springBoard().locked && !system().passcode) gKitMatchingWhileLocked = true;
   return 0;
 }
 void kitRecord(id self, SEL cmd, BOOL) {
@@ -254,11 +267,13 @@ void operationCancel(id, SEL) {
 
 // ---- The lock screen matches while the device is locked ----
 
+// Only with a device passcode: without one the system matches no finger.
 void lockScreenMonitorEvent(id self, SEL, id, long code) {
-  if (code == 3 && springBoard().locked) send<void>(self, Sel("_bioAuthenticated:"), id{nullptr});
+  if (code == 3 && springBoard().locked && system().passcode)
+    send<void>(self, Sel("_bioAuthenticated:"), id{nullptr});
 }
 void lockScreenResourceEvent(id, SEL, id, long code) {
-  if (code == 4 && springBoard().locked) {
+  if (code == 4 && springBoard().locked && system().passcode) {
     send<void>(sharedOf("SBLockScreenManager"), Sel("_bioAuthenticated:"), id{nullptr});
   }
 }
@@ -269,7 +284,7 @@ void lockScreenResourceEvent(id, SEL, id, long code) {
 // assertion or the locked lock screen on iOS 11.
 bool sensorActive() {
   if (atLeast(11)) {
-    return gActiveAssertions > 0 || springBoard().locked;
+    return gActiveAssertions > 0 || (springBoard().locked && system().passcode);
   }
   return flag(sharedOf("SBUIBiometricEventMonitor"), "_matchingEnabled");
 }
@@ -294,7 +309,9 @@ Value presentAction(const char* hardware, const host::ActionRequest& request, st
   }
   bool match = request.args[0] == "match";
   if (enrolled() == 0) match = false;  // nothing enrolled matches nothing
-  for (const auto& s : kSequences) {
+  bool kitAlone = springBoard().locked && !system().passcode &&
+                  (atLeast(11) ? gActiveAssertions > 0 : gKitMatchingWhileLocked);
+  for (const auto& s : kitAlone ? kKitSequences : kSequences) {
     if (hardware != std::string(s.hardware) || s.match != match || system().major < s.firstMajor ||
         system().major > s.lastMajor) {
       continue;
@@ -410,11 +427,14 @@ void defineSpringBoardBiometrics() {
 }
 
 // The sensor's observers as SpringBoard sets them up at start: the lock
-// screen listens; the monitor matches while the device is locked.
+// screen listens (on iOS 11 while it is up); the monitor matches while the
+// device is locked.
 void startSpringBoardBiometrics() {
   if (atLeast(11)) {
-    send<void>(sharedOf("SBUIBiometricResource"), Sel("addObserver:"),
-               sharedOf("SBLockScreenMesaCoordinator"));
+    if (springBoard().locked) {
+      send<void>(sharedOf("SBUIBiometricResource"), Sel("addObserver:"),
+                 sharedOf("SBLockScreenMesaCoordinator"));
+    }
     return;
   }
   id monitor = sharedOf("SBUIBiometricEventMonitor");
@@ -425,9 +445,17 @@ void startSpringBoardBiometrics() {
   }
 }
 
-// Locking hands the sensor to the lock screen; unlocking takes it back.
+// Locking hands the sensor to the lock screen (on a device with a passcode);
+// unlocking takes it back.
 void lockScreenWantsMatching(bool wanted) {
-  if (atLeast(11)) return;  // the locked lock screen always hears the resource
+  gKitMatchingWhileLocked = false;
+  if (atLeast(11)) {
+    send<void>(sharedOf("SBUIBiometricResource"),
+               wanted ? Sel("addObserver:") : Sel("removeObserver:"),
+               sharedOf("SBLockScreenMesaCoordinator"));
+    return;
+  }
+  wanted = wanted && system().passcode;
   send<void>(sharedOf("SBUIBiometricEventMonitor"), Sel("_setMatchingEnabled:"),
              static_cast<BOOL>(wanted ? 1 : 0));
 }

@@ -3,6 +3,7 @@
 // the backlight, the device-lock and managed-configuration queries, Wi-Fi,
 // and the "lock", "unlock" and "screen" actions.
 #include <cstdio>
+#include <string>
 
 #include "platform/blocks.h"
 #include "platform/foundation.h"
@@ -16,6 +17,7 @@
 #include "sim/host/actions.h"
 #include "sim/host/classes.h"
 #include "sim/host/link.h"
+#include "sim/host/run_loop.h"
 
 namespace kv::sim::frameworks {
 
@@ -33,6 +35,7 @@ namespace {
 constexpr int kHardwareButtonSource = 1;  // a press of the physical button
 constexpr int kPasscodeUnlockSource = 1;  // the passcode or a swipe on the lock screen
 constexpr int kIdleSource = 2;            // the idle timer, or a touch that wakes the screen
+constexpr int kWakeSource = 2;  // the lock screen coming up on wake: it asks, nothing unlocks
 
 // The platform's lock-state notification, state 1 locked, 0 unlocked.
 void postLockState(bool locked) {
@@ -109,6 +112,63 @@ BOOL shouldTurnOnScreen(id, SEL, long) {
   return 1;
 }
 
+// ---- The device passcode lock ----
+
+// The device passcode is asked for from the moment the passcode lock
+// engages: the device's "Require Passcode" setting lets a minute pass after
+// the lock (the grace period), unless something engages it at once.
+constexpr double kPasscodeGrace = 60;
+
+struct DeviceLock {
+  bool passcodeLocked = false;
+  int lockGeneration = 0;      // a grace period ends only for its own lock
+  std::string waitingSlideUp;  // an app slid up to, behind the device passcode
+};
+DeviceLock& deviceLock() {
+  static DeviceLock lock;
+  return lock;
+}
+void engagePasscodeLock(const char* why) {
+  if (!system().passcode || deviceLock().passcodeLocked || !springBoard().locked) return;
+  deviceLock().passcodeLocked = true;
+  host::logEvent("lock", std::string("device passcode lock engaged (") + why + ")");
+}
+void startPasscodeGrace() {
+  int generation = ++deviceLock().lockGeneration;
+  host::scheduleAfter(kPasscodeGrace, [generation] {
+    if (deviceLock().lockGeneration == generation) engagePasscodeLock("grace period over");
+  });
+}
+void enablePasscodeLockImmediately(id, SEL) {
+  engagePasscodeLock("at once");
+}
+void updateDeviceLockedState(id, SEL) {}
+void lockStateChanged(id, SEL, int, int) {}
+
+// ---- SBLockScreenSlideUpToAppController ----
+
+struct SlideUpState {
+  std::string target;
+};
+id slideUpTargetApp(id self, SEL) {
+  return applicationNamed(stateOf<SlideUpState>(self).target);
+}
+// The app opens over the lock screen: at once within the grace period, or
+// once the device passcode has been entered.
+void slideUpFinalize(id self, SEL) {
+  const std::string& target = stateOf<SlideUpState>(self).target;
+  if (!springBoard().locked) return;
+  if (deviceLock().passcodeLocked) {
+    deviceLock().waitingSlideUp = target;
+    host::logEvent("lock", "device passcode asked for " + target);
+    return;
+  }
+  host::logEvent("lock", "slid up to " + target);
+  send<BOOL>(sharedOf("SBLockScreenManager"), Sel("unlockUIFromSource:withOptions:"),
+             kPasscodeUnlockSource, id{nullptr});
+  bringToFront(target);
+}
+
 // ---- SBLockScreenManager ----
 
 BOOL isUILocked(id, SEL) {
@@ -117,6 +177,7 @@ BOOL isUILocked(id, SEL) {
 void lockUI(id, SEL, int source, id) {
   if (springBoard().locked) return;
   springBoard().locked = true;
+  startPasscodeGrace();
   springBoard().openFolder.clear();
   closeSwitcher();
   closeShortcutMenu();
@@ -127,8 +188,9 @@ void lockUI(id, SEL, int source, id) {
   setScreen(false, source);
 }
 BOOL unlockUI(id, SEL, int source, id) {
-  if (!springBoard().locked) return 0;
+  if (!springBoard().locked || source == kWakeSource) return 0;
   springBoard().locked = false;
+  deviceLock().passcodeLocked = false;
   host::logEvent("lock", "unlocked (source " + std::to_string(source) + ")");
   lockScreenWantsMatching(false);
   postLockState(false);
@@ -143,12 +205,25 @@ void bioAuthenticated(id self, SEL, id) {
 
 // ---- The lock button ----
 
-// Lights the screen for `source` where the backlight agrees (iOS 10 asks it).
+// Lights the screen for `source` where the backlight agrees (iOS 10 asks
+// it); a locked device's lock screen then asks to be unlocked.
 void wakeScreen(long source) {
   if (!atLeast(10) || send<BOOL>(sharedOf("SBBacklightController"),
                                  Sel("shouldTurnOnScreenForBacklightSource:"), source)) {
     setScreen(true, source);
+    if (springBoard().locked) {
+      send<void>(sharedOf("SBLockScreenManager"), Sel("unlockUIFromSource:withOptions:"),
+                 kWakeSource, id{nullptr});
+    }
   }
+}
+
+// ---- Leaving the front app ----
+
+// quitTopApplication: (through iOS 9) and _handleGotoHomeScreenShortcut:
+// (from iOS 10): the front app goes, the home screen shows.
+void quitTopApplication(id, SEL, id) {
+  if (springBoard().front != "home") bringToFront("home");
 }
 
 // What one press of the lock button does: wake a dark screen; otherwise
@@ -193,10 +268,6 @@ BOOL deviceHasPasscodeSet(id, SEL) {
 }
 BOOL fingerprintUnlockAllowed(id, SEL) {
   return 1;
-}
-void recordCall(id self, SEL cmd) {
-  host::logEvent("call",
-                 std::string(platform::classNameOf(self)) + " -" + platform::selectorName(cmd));
 }
 
 // ---- Wi-Fi ----
@@ -250,6 +321,25 @@ Value unlockAction(const host::ActionRequest&, std::string* error) {
   if (!springBoard().screenOn) setScreen(true, kHardwareButtonSource);
   send<BOOL>(sharedOf("SBLockScreenManager"), Sel("unlockUIFromSource:withOptions:"),
              kPasscodeUnlockSource, id{nullptr});
+  std::string waiting = std::move(deviceLock().waitingSlideUp);
+  deviceLock().waitingSlideUp.clear();
+  if (!waiting.empty() && !springBoard().locked) bringToFront(waiting);
+  return {};
+}
+
+// slide-up BUNDLE-ID: on the lock screen, the gesture up to an app
+// (Handoff, a suggested app) finishes.
+Value slideUpAction(const host::ActionRequest& request, std::string* error) {
+  if (!cataloguedHere("SBLockScreenSlideUpToAppController") || !springBoard().locked ||
+      applicationNamed(request.args[0]) == nullptr) {
+    *error = "no slide-up to " + request.args[0] + " here (iOS 8 and 9, locked, installed app)";
+    return {};
+  }
+  Retained controller =
+      Retained::adopt(host::newObject(platform::classNamed("SBLockScreenSlideUpToAppController")));
+  stateOf<SlideUpState>(controller.get()).target = request.args[0];
+  host::logEvent("lock", "slide up toward " + request.args[0]);
+  send<void>(controller.get(), Sel("finalizeGesture"));
   return {};
 }
 
@@ -290,6 +380,8 @@ void addLockButtons(ClassBuilder& springBoardClass) {
   addCatalogued(springBoardClass, "-_lockButtonUp:fromSource:", imp(lockButtonUpWithSource));
   addCatalogued(springBoardClass, "-_lockButtonDownFromSource:", imp(lockButtonDownFromSource));
   addCatalogued(springBoardClass, "-_lockButtonUpFromSource:", imp(lockButtonUpFromSource));
+  addCatalogued(springBoardClass, "-quitTopApplication:", imp(quitTopApplication));
+  addCatalogued(springBoardClass, "-_handleGotoHomeScreenShortcut:", imp(quitTopApplication));
 }
 
 void defineSpringBoardLock() {
@@ -326,8 +418,17 @@ void defineSpringBoardLock() {
   ClassBuilder("SBDeviceLockController", "NSObject")
       .classMethod("sharedController", imp(sharedInstanceOf), "@@:")
       .instance("deviceHasPasscodeSet", imp(deviceHasPasscodeSet), "C@:")
-      .instance("enablePasscodeLockImmediately", imp(recordCall), "v@:")
+      .instance("enablePasscodeLockImmediately", imp(enablePasscodeLockImmediately), "v@:")
+      .instance(atLeast(10) ? "_updateDeviceLockedState" : "_lockStateChangedFrom:to:",
+                atLeast(10) ? imp(updateDeviceLockedState) : imp(lockStateChanged),
+                atLeast(10) ? "v@:" : "v@:ii")
       .build();
+  if (cataloguedHere("SBLockScreenSlideUpToAppController")) {
+    ClassBuilder("SBLockScreenSlideUpToAppController", "NSObject")
+        .instance("targetApp", imp(slideUpTargetApp), "@@:")
+        .instance("finalizeGesture", imp(slideUpFinalize), "v@:")
+        .build();
+  }
   ClassBuilder("MCProfileConnection", "NSObject")
       .classMethod("sharedConnection", imp(sharedInstanceOf), "@@:")
       .instance("isPasscodeSet", imp(deviceHasPasscodeSet), "C@:")
@@ -347,6 +448,7 @@ void defineSpringBoardLock() {
   host::registerAction("lock", lockAction);
   host::registerAction("unlock", unlockAction);
   host::registerAction("screen", screenAction);
+  host::registerAction("slide-up", slideUpAction);
   host::registerQuery("locked", [](const std::vector<std::string>&) {
     return Value::boolean(springBoard().locked);
   });

@@ -9,8 +9,8 @@
 #include "core/camera_request.h"
 #include "core/controller.h"
 #include "core/file_channel.h"
-#include "core/identities.h"
 #include "core/hardware.h"
+#include "core/identities.h"
 #include "core/wifi.h"
 #include "platform/foundation.h"
 #include "platform/runtime.h"
@@ -19,6 +19,7 @@
 #include "processes/settings_guards.h"
 #include "prompt/alert_view.h"
 #include "prompt/incall_controller.h"
+#include "prompt/unlock_controller.h"
 #include "settings/controllers.h"
 #include "settings/feedback.h"
 #include "settings/notifications.h"
@@ -110,6 +111,7 @@ void springBoardSection() {
   core::defineKavelinController();
   prompt::defineAlertView();
   prompt::defineInCallController();
+  prompt::defineUnlockController();
   settings::defineSettingsControllers();
   installGroup(Group::kSpringBoard);
   settings::setBiometricsInUse(core::biometricHardwareInUse(settings::current().onlyPasscode));
@@ -167,7 +169,8 @@ extern "C" __attribute__((visibility("default"))) const char* kavelinRowEncoding
   static std::string text;
   text.clear();
   for (const auto& [row, firstVersion] : kv::startup::allRows()) {
-    if (row.pending || row.hook == nullptr || row.kind != kv::platform::RowKind::kReplaced) continue;
+    if (row.pending || row.hook == nullptr || row.kind != kv::platform::RowKind::kReplaced)
+      continue;
     text += std::string(row.className) + " " + row.method + " " + row.hook().encoding + " " +
             std::to_string(firstVersion) + "\n";
   }

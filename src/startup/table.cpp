@@ -17,6 +17,7 @@
 #include "springboard/launch_other.h"
 #include "springboard/launch_urls.h"
 #include "springboard/launch_workspace.h"
+#include "springboard/lock_state.h"
 #include "springboard/system_actions.h"
 #include "springboard/system_power.h"
 #include "startup/additions.h"
@@ -132,9 +133,10 @@ const Row kSpringBoardIOS11Rows[] = {
     replaced<&springboard::serviceShutdown>("FBSystemService", "-shutdownWithOptions:"),
     replaced<&springboard::serviceReboot>("FBSystemService", "-shutdownAndReboot:"),
     replaced<&springboard::serviceRelaunch>("FBSystemService", "-exitAndRelaunch:"),
-    pendingRow("SBUIBiometricResource", "-isMatchingEnabled"),
-    pendingRow("SBUIBiometricResource", "-isMatchingAllowed"),
-    pendingRow("SBUIBiometricResource", "-hasBiometricAuthenticationCapabilityEnabled"),
+    replaced<&springboard::resourceMatchingEnabled>("SBUIBiometricResource", "-isMatchingEnabled"),
+    replaced<&springboard::resourceMatchingAllowed>("SBUIBiometricResource", "-isMatchingAllowed"),
+    replaced<&springboard::resourceCapabilityEnabled>(
+        "SBUIBiometricResource", "-hasBiometricAuthenticationCapabilityEnabled"),
     pendingAddition("__NSStackBlock__", "-length", "q@:"),
 };
 
@@ -146,8 +148,10 @@ const Row kSpringBoardIOS8Rows[] = {
 };
 
 const Row kSpringBoardRows[] = {
-    pendingRow("SBDashBoardViewController", "-_activateCameraAnimated:"),
-    pendingRow("SBDashBoardViewController", "-activateCameraAnimated:"),
+    replaced<&springboard::dashBoardActivateCamera>("SBDashBoardViewController",
+                                                    "-_activateCameraAnimated:"),
+    replaced<&springboard::dashBoardActivateCameraPublic>("SBDashBoardViewController",
+                                                          "-activateCameraAnimated:"),
     pendingRow("SBSystemGestureManager", "-_systemGestureChanged:"),
     pendingRow("SBAppSwitcherReusableSnapshotView", "-layoutSubviews"),
     pendingRow("SBAppSwitcherReusableSnapshotView", "-setTransform:"),
@@ -179,10 +183,12 @@ const Row kSpringBoardRows[] = {
         "SBMainWorkspace", "-_setCurrentTransactionForRequest:fallbackProvider:"),
     replaced<&springboard::appToAppInit>("SBAppToAppWorkspaceTransaction",
                                          "-initWithAlertManager:from:to:withResult:"),
-    pendingRow("SBLockScreenSlideUpToAppController", "-finalizeGesture"),
+    replaced<&springboard::slideUpFinalizeGesture>("SBLockScreenSlideUpToAppController",
+                                                   "-finalizeGesture"),
     replaced<&prompt::passcodeInsertText>("PSPasscodeField", "-insertText:"),
     added<&prompt::updateKavelinAlert>("PSPasscodeField", "-updateKavelinAlert", "v@:"),
-    pendingRow("SBLockScreenCameraController", "-_didActivate"),
+    replaced<&springboard::lockScreenCameraDidActivate>("SBLockScreenCameraController",
+                                                        "-_didActivate"),
     replaced<&springboard::peekPresent>("SBUIIconForceTouchViewController",
                                         "-presentAnimated:withCompletionHandler:"),
     replaced<&springboard::iconsSetEditingWithFeedback>("SBIconController",
@@ -201,11 +207,13 @@ const Row kSpringBoardRows[] = {
     pendingRow("SBAppSwitcherSnapshotView", "-_crossfadeToZoomUpViewIfNecessary"),
     pendingRow("SBAppSwitcherSnapshotView", "-layoutSubviews"),
     pendingRow("SBSwitcherSnapshotImageView", "-layoutSubviews"),
-    pendingRow("SBLockScreenMesaCoordinator", "-biometricResource:observeEvent:"),
-    pendingRow("SBLockScreenManager", "-_bioAuthenticated:"),
-    pendingRow("SBLockScreenManager", "-unlockUIFromSource:withOptions:"),
-    pendingRow("SBLockScreenManager", "-lockUIFromSource:withOptions:"),
-    pendingRow("SBLockHardwareButton", "-singlePress:"),
+    replaced<&springboard::mesaObserveEvent>("SBLockScreenMesaCoordinator",
+                                             "-biometricResource:observeEvent:"),
+    replaced<&springboard::bioAuthenticated>("SBLockScreenManager", "-_bioAuthenticated:"),
+    replaced<&springboard::unlockUI>("SBLockScreenManager", "-unlockUIFromSource:withOptions:"),
+    replaced<&springboard::unlockUIOld>("SBLockScreenManager", "-unlockUIFromSource:withOptions:"),
+    replaced<&springboard::lockUI>("SBLockScreenManager", "-lockUIFromSource:withOptions:"),
+    replaced<&springboard::lockButtonSinglePress>("SBLockHardwareButton", "-singlePress:"),
     pendingRow("SBUIBiometricEventMonitor", "-init"),
     replaced<&springboard::powerDownViewRequest>("SBPowerDownController",
                                                  "-powerDownViewRequestPowerDown:"),
@@ -279,7 +287,7 @@ const Row kSpringBoardRows[] = {
 
 const Row kPellumRows[] = {
     pendingRow("SBWorkspaceEventQueue", "-executeOrAppendEvent:"),
-    pendingRow("SpringBoard", "-frontDisplayDidChange:"),
+    replaced<&springboard::frontDisplayDidChange>("SpringBoard", "-frontDisplayDidChange:"),
 };
 
 const Row kBiometricKitRows[] = {
