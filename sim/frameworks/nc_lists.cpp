@@ -248,7 +248,6 @@ Value tapSummaryAction(const host::ActionRequest&, std::string* error) {
   id cell = nullptr;
   id request = nullptr;
   if (!summaryCell(&cell, &request, error)) return {};
-  host::logEvent("notification", "tapped the summary");
   Retained keep(cell);
   std::vector<Retained> taps;
   id recognizers = send<id>(cell, kGestureRecognizers);
@@ -256,6 +255,8 @@ Value tapSummaryAction(const host::ActionRequest&, std::string* error) {
     id r = platform::arrayObjectAt(recognizers, i);
     if (platform::isKindOf(r, "UITapGestureRecognizer")) taps.emplace_back(r);
   }
+  host::logEvent("notification", "tapped the summary (its cell has " +
+                                     std::to_string(taps.size()) + " tap recognizers)");
   if (taps.empty()) {
     send<void>(lockScreenList(), kPerformAction, cell, id{nullptr}, request, id{nullptr});
   }
