@@ -68,8 +68,17 @@ const ActionSpec kActions[] = {
     {"SpringBoard", "system-open", 1, 2, "system-open BUNDLE-ID [URL]",
      "the system opens an app (a clock alarm, Siri): SBUserAgent through iOS 10, an "
      "open-application request on iOS 11; the screen stays as it is"},
-    {"SpringBoard", "bulletin", 2, 2, "bulletin BUNDLE-ID TEXT",
-     "a notification bulletin of that app arrives, reading TEXT"},
+    {"SpringBoard", "bulletin", 2, 4, "bulletin BUNDLE-ID TEXT [feed N]",
+     "a notification bulletin of that app arrives, reading TEXT; from iOS 10 it reaches the "
+     "notification source with feed N (bits: 1 banner, 2 alert, 4 notification list, 8 lock "
+     "screen, 16 sound; default every bit)"},
+    {"SpringBoard", "notification-list", 1, 1, "notification-list show|hide",
+     "the notification list (iOS 10 and later) appears over the lock screen or the home screen, "
+     "or goes"},
+    {"SpringBoard", "tap-summary", 0, 0, "tap-summary",
+     "tap the summary notification of held-back notifications on the lock screen"},
+    {"SpringBoard", "clear-summary", 0, 0, "clear-summary",
+     "clear the summary notification of held-back notifications on the lock screen"},
     {"SpringBoard", "tap-bulletin", 1, 1, "tap-bulletin BUNDLE-ID|INDEX",
      "tap the app's latest notification (or by index among those not yet tapped, oldest 0): on "
      "the lock screen while locked, else in the notification centre"},
@@ -589,6 +598,34 @@ bool switcherHolds(Runner& r, const Statement& s, std::string* seen) {
   return s.predicateArgs.empty() || wanted == items;
 }
 
+// shown BUNDLE-ID N: the notification list in view shows N of that app.
+bool shownHolds(Runner& r, const Statement& s, std::string* seen) {
+  std::string error;
+  auto count = r.device().query("SpringBoard", "shown", {s.predicateArgs[0]}, &error);
+  if (!count) {
+    *seen = error;
+    return false;
+  }
+  *seen = std::to_string(count->asInteger()) + " of " + s.predicateArgs[0] + " shown";
+  return std::to_string(count->asInteger()) == s.predicateArgs[1];
+}
+
+// summary ["TEXT"]: the summary is on the lock screen (reading TEXT).
+bool summaryHolds(Runner& r, const Statement& s, std::string* seen) {
+  std::string error;
+  auto message = r.device().query("SpringBoard", "summary", {}, &error);
+  if (!message) {
+    *seen = error;
+    return false;
+  }
+  if (message->isNone()) {
+    *seen = "no summary on the lock screen";
+    return false;
+  }
+  *seen = "the summary reads " + message->asString();
+  return s.predicateArgs.empty() || message->asString().find(s.predicateArgs[0]) != std::string::npos;
+}
+
 // siri / editing: SpringBoard answers the query of that name.
 bool springBoardFlagHolds(Runner& r, const Statement& s, std::string* seen) {
   auto shows = askSpringBoard(r, s.predicate.c_str(), seen);
@@ -881,6 +918,13 @@ const std::vector<PredicateSpec>& predicates() {
       {"switch", 2, 2, "switch ID on|off", "the switch of that row shows on or off",
        switchHolds},
       {"airplane", 1, 1, "airplane on|off", "the device's airplane mode", airplaneHolds},
+      {"shown", 2, 2, "shown BUNDLE-ID N",
+       "the notification list in view (the notification list while it shows, else the lock "
+       "screen's while locked) shows N notifications of that app",
+       shownHolds},
+      {"summary", 0, 1, "summary [\"TEXT\"]",
+       "the summary notification is on the lock screen and its message contains TEXT",
+       summaryHolds},
       {"switcher", 0, -1, "switcher [BUNDLE-ID...]",
        "the app switcher shows (with exactly these items, most recent first)", switcherHolds},
   };

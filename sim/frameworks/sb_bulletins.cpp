@@ -10,6 +10,7 @@
 #include "platform/retained.h"
 #include "platform/runtime.h"
 #include "sim/frameworks/catalog.h"
+#include "sim/frameworks/notification_center.h"
 #include "sim/frameworks/springboard.h"
 #include "sim/frameworks/state.h"
 #include "sim/frameworks/uikit.h"
@@ -34,7 +35,7 @@ constexpr long kLockScreenOrigin = 1;
 // The same as iOS 11's launch origins.
 constexpr const char* kNotificationCenterDestination = "BulletinDestinationNotificationCenter";
 constexpr const char* kLockScreenDestination = "BulletinDestinationLockScreen";
-constexpr unsigned long kEveryFeed = 0xffff;  // lock screen, banner, notification centre, sound
+constexpr unsigned long long kEveryFeed = 0xffff;  // lock screen, banner, notification centre, sound
 
 // The user agent's bulletin launch of each version, newest first.
 constexpr const char* kLaunchWithResponse =
@@ -46,6 +47,9 @@ struct BulletinState {
   std::string section;  // the app's bundle identifier
   std::string message;
   std::string bulletinID;
+  std::string title;  // "" for the app's name
+  Retained sound;
+  Retained date;
 };
 
 // The bulletins not yet tapped, oldest first.
@@ -63,7 +67,24 @@ id bulletinMessage(id self, SEL) {
   return platform::makeString(stateOf<BulletinState>(self).message);
 }
 id bulletinTitle(id self, SEL) {
-  return send<id>(applicationNamed(stateOf<BulletinState>(self).section), Sel("displayName"));
+  const auto& state = stateOf<BulletinState>(self);
+  if (!state.title.empty()) return platform::makeString(state.title);
+  return send<id>(applicationNamed(state.section), Sel("displayName"));
+}
+void bulletinSetMessage(id self, SEL, id message) {
+  stateOf<BulletinState>(self).message = platform::toString(message);
+}
+id bulletinSound(id self, SEL) {
+  return stateOf<BulletinState>(self).sound.get();
+}
+void bulletinSetSound(id self, SEL, id sound) {
+  stateOf<BulletinState>(self).sound.reset(sound);
+}
+id bulletinDate(id self, SEL) {
+  return stateOf<BulletinState>(self).date.get();
+}
+void bulletinSetDate(id self, SEL, id date) {
+  stateOf<BulletinState>(self).date.reset(date);
 }
 id bulletinID(id self, SEL) {
   return platform::makeString(stateOf<BulletinState>(self).bulletinID);
@@ -89,28 +110,24 @@ BOOL launch(id, SEL, id bulletin, long) {
 
 // ---- Actions ----
 
-// bulletin BUNDLE-ID TEXT
+// bulletin BUNDLE-ID TEXT [feed N]
 Value bulletinAction(const host::ActionRequest& request, std::string* error) {
   if (applicationNamed(request.args[0]) == nullptr) {
     *error = "no app " + request.args[0] + " to post a bulletin for";
     return {};
   }
-  static int counter = 0;
-  Retained bulletin = Retained::adopt(host::newObject(platform::classNamed("BBBulletin")));
-  stateOf<BulletinState>(bulletin.get()) = {request.args[0], request.args[1],
-                                            "bulletin-" + std::to_string(++counter)};
+  unsigned long long feed = kEveryFeed;
+  if (request.args.size() == 4 && request.args[2] == "feed" &&
+      request.args[3].find_first_not_of("0123456789") == std::string::npos) {
+    feed = std::stoull(request.args[3]);
+  } else if (request.args.size() != 2) {
+    *error = "bulletin BUNDLE-ID TEXT [feed N]";
+    return {};
+  }
+  Retained bulletin = Retained::adopt(newBulletin(request.args[0], "", request.args[1]));
   bulletins().push_back(bulletin);
   host::logEvent("bulletin", "posted " + request.args[0] + " " + quoteForLog(request.args[1]));
-  id source = sharedOf("NCBulletinNotificationSource");
-  const char* withReply = "-observer:addBulletin:forFeed:playLightsAndSirens:withReply:";
-  if (cataloguedHere("NCBulletinNotificationSource", withReply) != nullptr) {
-    ReplyBlock reply("bulletin " + request.args[0]);
-    send<void>(source, Sel(withReply + 1), id{nullptr}, bulletin.get(), kEveryFeed, BOOL{1},
-               reply.get());
-  } else if (cataloguedHere("NCBulletinNotificationSource", "-observer:addBulletin:forFeed:")) {
-    send<void>(source, Sel("observer:addBulletin:forFeed:"), id{nullptr}, bulletin.get(),
-               kEveryFeed);
-  }
+  deliverBulletin(bulletin.get(), feed);
   return {};
 }
 
@@ -162,6 +179,17 @@ Value tapBulletinAction(const host::ActionRequest& request, std::string* error) 
 
 }  // namespace
 
+id newBulletin(const std::string& section, const std::string& title, const std::string& message) {
+  static int counter = 0;
+  id bulletin = host::newObject(platform::classNamed("BBBulletin"));
+  auto& state = stateOf<BulletinState>(bulletin);
+  state.section = section;
+  state.message = message;
+  state.bulletinID = "bulletin-" + std::to_string(++counter);
+  state.title = title;
+  return bulletin;
+}
+
 void addBulletinLaunches(ClassBuilder& userAgent) {
   addCatalogued(userAgent, kLaunchWithResponse, imp(launchWithResponse));
   addCatalogued(userAgent, kLaunchWithAction, imp(launchWithAction));
@@ -174,6 +202,11 @@ void defineSpringBoardBulletins() {
   addCatalogued(bulletin, "-sectionID", imp(bulletinSection));
   addCatalogued(bulletin, "-title", imp(bulletinTitle));
   addCatalogued(bulletin, "-message", imp(bulletinMessage));
+  addCatalogued(bulletin, "-setSound:", imp(bulletinSetSound));
+  bulletin.instance("setMessage:", imp(bulletinSetMessage), "v@:@");
+  bulletin.instance("sound", imp(bulletinSound), "@@:");
+  bulletin.instance("date", imp(bulletinDate), "@@:");
+  bulletin.instance("setDate:", imp(bulletinSetDate), "v@:@");
   bulletin.instance("bulletinID", imp(bulletinID), "@@:");
   bulletin.build();
   host::registerAction("bulletin", bulletinAction);

@@ -1,6 +1,7 @@
 // SpringBoard's classes, defined in dependency order; the classes that
 // several modules give methods to (the application object, the UI
 // controller, the main workspace, the user agent); and SpringBoard's start.
+#include "sim/frameworks/notification_center.h"
 #include "sim/frameworks/springboard.h"
 
 #include "platform/functions.h"
@@ -61,6 +62,9 @@ void defineSpringBoard() {
   defineSpringBoardWorkspace();
   defineSpringBoardOpenRequests();
   defineSpringBoardBulletins();
+  defineSystemSounds();
+  defineNotificationLists();
+  defineNotificationSource();
   defineSpringBoardSwitcher();
   defineSpringBoardShortcuts();
   defineSpringBoardLaunchers();

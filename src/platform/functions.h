@@ -12,6 +12,7 @@
 #include "platform/objc.h"
 
 #if defined(__APPLE__)
+#include <AudioToolbox/AudioServices.h>
 #include <CoreFoundation/CoreFoundation.h>
 #include <crt_externs.h>
 #include <dispatch/dispatch.h>
@@ -33,6 +34,7 @@ using CFNotificationName = CFStringRef;
 using CFIndex = long;
 using Boolean = unsigned char;
 using CFAbsoluteTime = double;
+using CFURLRef = const struct __CFURL*;
 using CFNotificationCallback = void (*)(CFNotificationCenterRef center, void* observer,
                                         CFNotificationName name, const void* object,
                                         CFDictionaryRef userInfo);
@@ -93,6 +95,12 @@ dispatch_time_t dispatch_time(dispatch_time_t when, int64_t delta);
 struct mach_header;
 void _dyld_register_func_for_add_image(void (*func)(const struct mach_header* mh,
                                                     intptr_t vmaddr_slide));
+
+// ---- AudioToolbox system sounds ----
+using OSStatus = int32_t;
+using SystemSoundID = uint32_t;
+OSStatus AudioServicesCreateSystemSoundID(CFURLRef inFileURL, SystemSoundID* outSystemSoundID);
+OSStatus AudioServicesDisposeSystemSoundID(SystemSoundID inSystemSoundID);
 
 }  // extern "C"
 #endif

@@ -18,6 +18,7 @@
 #include "springboard/launch_urls.h"
 #include "springboard/launch_workspace.h"
 #include "springboard/lock_state.h"
+#include "springboard/notifications.h"
 #include "springboard/system_actions.h"
 #include "springboard/system_power.h"
 #include "startup/additions.h"
@@ -98,24 +99,36 @@ const Row kCameraRows[] = {
 };
 
 const Row kSpringBoardIOS10Rows[] = {
-    pendingRow("NCNotificationSectionListViewController", "-viewWillAppear:"),
-    pendingRow("NCNotificationSectionListViewController", "-viewDidDisappear:"),
-    pendingRow("NCBulletinNotificationSource",
-               "-observer:addBulletin:forFeed:playLightsAndSirens:withReply:"),
-    pendingRow("NCBulletinNotificationSource", "-observer:addBulletin:forFeed:"),
-    pendingRow("NCNotificationLongLookViewController", "-_handleCloseButton:"),
-    pendingRow("NCNotificationPriorityListViewController",
-               "-notificationListCell:requestsClearingNotificationRequest:"),
-    pendingRow("NCNotificationPriorityListViewController",
-               "-notificationListCell:requestsPerformAction:forNotificationRequest:completion:"),
-    pendingRow("NCNotificationPriorityListViewController",
-               "-collectionView:cellForItemAtIndexPath:"),
-    pendingRow("NCNotificationPriorityListViewController",
-               "-insertNotificationRequest:forCoalescedNotification:"),
-    pendingAddition("NCNotificationPriorityListViewController", "-_kv_removeAll", "v@:"),
-    pendingAddition("NCNotificationPriorityListViewController", "-_kv_reInsertAll", "v@:"),
-    pendingAddition("NCNotificationPriorityListViewController", "-kavelinCell", "@@:"),
-    pendingAddition("NCNotificationPriorityListViewController", "-indexPathOfKavelinCell", "@@:"),
+    replaced<&springboard::sectionListWillAppear>("NCNotificationSectionListViewController",
+                                                  "-viewWillAppear:"),
+    replaced<&springboard::sectionListDidDisappear>("NCNotificationSectionListViewController",
+                                                    "-viewDidDisappear:"),
+    replaced<&springboard::sourceAddBulletinWithReply>(
+        "NCBulletinNotificationSource",
+        "-observer:addBulletin:forFeed:playLightsAndSirens:withReply:"),
+    replaced<&springboard::sourceAddBulletin>("NCBulletinNotificationSource",
+                                              "-observer:addBulletin:forFeed:"),
+    replaced<&springboard::longLookClose>("NCNotificationLongLookViewController",
+                                          "-_handleCloseButton:"),
+    replaced<&springboard::priorityListClear>(
+        "NCNotificationPriorityListViewController",
+        "-notificationListCell:requestsClearingNotificationRequest:"),
+    replaced<&springboard::priorityListPerformAction>(
+        "NCNotificationPriorityListViewController",
+        "-notificationListCell:requestsPerformAction:forNotificationRequest:completion:"),
+    replaced<&springboard::priorityListCell>("NCNotificationPriorityListViewController",
+                                             "-collectionView:cellForItemAtIndexPath:"),
+    replaced<&springboard::priorityListInsert>(
+        "NCNotificationPriorityListViewController",
+        "-insertNotificationRequest:forCoalescedNotification:"),
+    added<&springboard::removeAll>("NCNotificationPriorityListViewController", "-_kv_removeAll",
+                                   "v@:"),
+    added<&springboard::reInsertAll>("NCNotificationPriorityListViewController", "-_kv_reInsertAll",
+                                     "v@:"),
+    added<&springboard::kavelinCell>("NCNotificationPriorityListViewController", "-kavelinCell",
+                                     "@@:"),
+    added<&springboard::indexPathOfKavelinCell>("NCNotificationPriorityListViewController",
+                                                "-indexPathOfKavelinCell", "@@:"),
     replaced<&springboard::shouldTurnOnScreen>("SBBacklightController",
                                                "-shouldTurnOnScreenForBacklightSource:"),
     pendingRow("SBBacklightController",

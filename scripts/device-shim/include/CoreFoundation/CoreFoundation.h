@@ -8,6 +8,7 @@ extern "C" {
 typedef const void* CFTypeRef;
 typedef const struct __CFString* CFStringRef;
 typedef const struct __CFDictionary* CFDictionaryRef;
+typedef const struct __CFURL* CFURLRef;
 typedef struct __CFDictionary* CFMutableDictionaryRef;
 typedef CFTypeRef CFPropertyListRef;
 typedef struct __CFNotificationCenter* CFNotificationCenterRef;
