@@ -11,6 +11,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -142,7 +143,9 @@ std::string Device::shutDown() {
     if (h->pid <= 0) continue;
     int status = 0;
     std::string problem;
-    if (endProcess(h->pid, kQuitTimeoutMs, &status)) {
+    // A host under the leak checker takes its time to end: it gets the
+    // time-out of any other step.
+    if (endProcess(h->pid, std::max(kQuitTimeoutMs, options_.hostTimeoutMs), &status)) {
       problem = "did not quit and was killed";
     } else if (!(WIFEXITED(status) && WEXITSTATUS(status) == 0)) {
       problem = "ended with " + describeStatus(status);
