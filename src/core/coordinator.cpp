@@ -165,29 +165,29 @@ void cancelPerform(const char* selector) {
 void showAlert() {
   CoordinatorState& s = state();
   platform::AutoreleasePool pool;
-  // 1. A fresh prompt has seen no finger yet; the tapped icon stops glowing.
+  // A fresh prompt has seen no finger yet; the tapped icon stops glowing.
   s.presenceSeen = false;
   Class iconController = platform::classNamed("SBIconController");
   if (platform::instancesRespondTo(iconController, Sel("clearHighlightedIcon"))) {
     send<void>(platform::sendClass<id>(iconController, Sel("sharedInstance")),
                Sel("clearHighlightedIcon"));
   }
-  // 2. One prompt at a time: try again once the visible one has gone.
+  // One prompt at a time: try again once the visible one has gone.
   if (promptVisible()) {
     performLater("showAlert", kRetryInterval);
     return;
   }
-  // 3. The sensor, taken from the lock screen for this prompt.
+  // The sensor, taken from the lock screen for this prompt.
   if (biometricsInUse()) beginMatchingForPrompt();
-  // 4-5. The prompt with its texts.
+  // The prompt with its texts.
   Retained prompt = newPrompt();
   if (!prompt) return;  // no prompt class in this process: nothing can be shown
-  // 6. The item it names.
+  // The item it names.
   if (s.restrictedTitle) {
     send<void>(prompt.get(), Sel("setInRestrictTitle:"), s.restrictedTitle.get());
     s.restrictedTitle.reset();
   }
-  // 7. On screen.
+  // On screen.
   s.kavelinAlert = std::move(prompt);
   s.cleanedAlert = nullptr;
   send<void>(s.kavelinAlert.get(), Sel("show"));
@@ -195,7 +195,7 @@ void showAlert() {
 }
 
 void authenticateForIdentifier(id identifier, id target, SEL sel, id argumentPointers) {
-  // 1. The invocation from the target's own signature.
+  // The invocation from the target's own signature.
   Retained invocation = platform::newInvocation(target, sel);
   if (!invocation) {
     systemLog(std::string("Kavelin: nothing to hold back for ") + platform::toString(identifier) +
@@ -203,12 +203,12 @@ void authenticateForIdentifier(id identifier, id target, SEL sel, id argumentPoi
               platform::selectorName(sel));
     return;
   }
-  // 2. Its arguments from index 2 on, each read through its pointer.
+  // Its arguments from index 2 on, each read through its pointer.
   for (platform::UInteger i = 0; i < platform::arrayCount(argumentPointers); ++i) {
     void* pointer = send<void*>(platform::arrayObjectAt(argumentPointers, i), Sel("pointerValue"));
     if (pointer != nullptr) platform::setInvocationArgument(invocation.get(), pointer, i + 2);
   }
-  // 3. Kept, named, shown.
+  // Kept, named, shown.
   platform::retainArguments(invocation.get());
   setInvocation(invocation.get());
   setRestrictedTitle(identifier);
@@ -219,9 +219,9 @@ void succeed() {
   CoordinatorState& s = state();
   platform::AutoreleasePool pool;
   forgetSuccessUnderway();
-  // 1. When.
+  // When, for the two-second pass of an URL open's target.
   s.lastAuthenticationTime = now();
-  // 2-4. A power action waiting for authentication goes first, alone.
+  // A power action waiting for authentication goes first, alone.
   if (s.pendingReboot || s.pendingPowerDown || s.pendingRespring) {
     if (s.pendingReboot) {
       reboot();
@@ -251,13 +251,13 @@ void succeed() {
   }
   s.powerActionPending = false;
   s.powerDownController.reset();
-  // 7. The sensor goes back to the lock screen.
+  // The sensor goes back to the lock screen.
   if (biometricsInUse()) endMatchingAfterSuccess();
-  // 8. The session, and whether it lasts.
+  // The session, and whether it lasts.
   s.hasVisibleAlert = false;
   sessionUnlocked() = true;
   settings::publish(Note::kGracePeriod, settings::current().keepSession ? 1 : 0);
-  // 9. The prompt goes.
+  // The prompt goes.
   dismissPrompt(kSuccessButton, true);
   s.failedAttempts = 0;
   s.kavelinAlert.reset();
@@ -271,22 +271,22 @@ void cleanupAlertAndRemoveObserver() {
   CoordinatorState& s = state();
   platform::AutoreleasePool pool;
   s.cleanedAlert = s.kavelinAlert.get();
-  // 1. A force-touch menu put away for the prompt hears that it is gone.
+  // A force-touch menu put away for the prompt hears that it is gone.
   if (s.forceTouchOwner) {
     sendIfResponds(s.forceTouchOwner.get(), Sel("iconForceTouchViewControllerDidDismiss:"),
                    s.forceTouchArgument.get());
     s.forceTouchOwner.reset();
     s.forceTouchArgument.reset();
   }
-  // 2. No prompt any more.
+  // No prompt any more.
   s.hasVisibleAlert = false;
-  // 3. The sensor goes back.
+  // The sensor goes back.
   if (biometricsInUse()) endMatchingAfterCancel();
-  // 4. Nothing held back outlives the prompt; the power-down screen it
+  // Nothing held back outlives the prompt; the power-down screen it
   // covered goes with it, after the brightness comes back.
   Retained powerDownScreen = std::move(s.powerDownController);
   dropPromptState();
-  // 5. The screen as it was; other processes drop their requests.
+  // The screen as it was; other processes drop their requests.
   restoreBacklight();
   if (powerDownScreen) sendIfResponds(powerDownScreen.get(), Sel("cancel"));
   settings::post(Note::kAlertCancelled);

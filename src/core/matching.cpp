@@ -223,19 +223,19 @@ void matched() {
 // A failed attempt: counted, shown on the prompt, and at the cap the end.
 void failed() {
   CoordinatorState& s = state();
-  // 1. Ten failures were shown; the eleventh ends the prompt.
+  // Ten failures were shown; the eleventh ends the prompt.
   if (s.failedAttempts >= kFailureCap) {
     giveUp();
     return;
   }
-  // 2. Stop the prompt's motion; vibrate when asked to.
+  // Stop the prompt's motion; vibrate when asked to.
   id alert = prompt();
   sendIfResponds(alert, Sel("killAnimations"));
   if (settings::current().vibrateOnError) settings::playVibration();
-  // 3-4. The message for this attempt, then count it.
+  // The message for this attempt, then count it.
   std::string text = failureText(s.failedAttempts);
   ++s.failedAttempts;
-  // 5. The passcode's error face when the field shows or showed.
+  // The passcode's error face when the field shows or showed.
   id field = sendIfResponds<id>(alert, Sel("passcodeField"));
   if (send<double>(field, Sel("alpha")) > 0 || s.passcodeWasVisible) {
     sendIfResponds(alert, Sel("showPasscodeError"));
@@ -243,12 +243,12 @@ void failed() {
   } else {
     sendIfResponds(alert, Sel("showError"));
   }
-  // 6. The message under the glyph.
+  // The message under the glyph.
   if (biometricsInUse()) {
     platform::AutoreleasePool pool;
     sendIfResponds(alert, Sel("setMessage:"), platform::makeString(blankLines() + text));
   }
-  // 7. A face gets a fresh attempt: stop, then start, once however many failures.
+  // A face gets a fresh attempt: stop, then start, once however many failures.
   if (faceID()) {
     cancelScheduledRestarts();
     performLater("stopMatchingForTen", kFaceRetryStop);
@@ -319,20 +319,20 @@ void endMatchingAfterCancel() {
 void startMatchingForTen() {
   CoordinatorState& s = state();
   platform::AutoreleasePool pool;
-  // 1. The assertion's mode: the lock screen's own when the system unlocks by finger.
+  // The assertion's mode: the lock screen's own when the system unlocks by finger.
   id connection =
       platform::sendClass<id>(platform::classNamed("MCProfileConnection"), Sel("sharedConnection"));
   bool systemMatches =
       sendIfResponds<BOOL>(connection, Sel("isPasscodeSet")) != 0 && fingerprintUnlockAllowed();
   unsigned long mode = systemMatches ? kAssertionModeUnlockAllowed : kAssertionModeOwn;
-  // 2. The resource's events come to the controller while the assertion lasts.
+  // The resource's events come to the controller while the assertion lasts.
   id r = resource();
   sendIfResponds(r, Sel("addObserver:"), controller());
   if (s.matchingAssertion) sendIfResponds(s.matchingAssertion.get(), Sel("invalidate"));
   s.matchingAssertion.reset(sendIfResponds<id>(r, Sel("acquireMatchingAssertionWithMode:reason:"),
                                                mode,
                                                platform::makeString("Kavelin Authentication")));
-  // 3. The kit reports to the controller and matches.
+  // The kit reports to the controller and matches.
   id k = kit();
   sendIfResponds(k, Sel("setDelegate:"), controller());
   setBackgroundDetection(true);
@@ -397,14 +397,14 @@ void handleBiometricEvent(long code, bool fromPasscode) {
   CoordinatorState& s = state();
   const bool face = faceID();
   const bool hardware = biometricsInUse();
-  // 1. Caller-name matching owns the sensor.
+  // Caller-name matching owns the sensor.
   if (inCallMatching()) return;
-  // 2. A new attempt forgets an earlier match.
+  // A new attempt forgets an earlier match.
   if (code == kReset || code == kFingerOn ||
       (face && (code == kNoMatchOther || code == kFaceDetected))) {
     s.matchSucceeded = false;
   }
-  // 3. Presence, and the scanner for a finger or face. The passcode is no
+  // Presence, and the scanner for a finger or face. The passcode is no
   //    presence: its events go straight to success or failure.
   if (!fromPasscode) {
     bool presence = code == kFingerOn || code == kFingerDetected || code == kPresenceEnded ||
@@ -418,7 +418,7 @@ void handleBiometricEvent(long code, bool fromPasscode) {
         code == kFingerOn || (code == kFingerDetected && !face) || (code == kFaceDetected && face);
     if (hardware && scanner) showScanner();
   }
-  // 4-5. A reset; a match (a face's 7, 10 and 14 reset instead).
+  // A reset; a match (a face's 7, 10 and 14 reset instead).
   if (hardware && (code == kReset || (face && (code == kFingerDetected || code == kNoMatchOther ||
                                                code == kFaceRetry)))) {
     resetPromptAnimations();
@@ -429,25 +429,25 @@ void handleBiometricEvent(long code, bool fromPasscode) {
     matched();
     return;
   }
-  // 6. A hard stop from iOS 10 on ends the prompt; with none up and nothing
+  // A hard stop from iOS 10 on ends the prompt; with none up and nothing
   //    held back there is nothing to end.
   if (code >= kHardStopFirst && code <= kHardStopLast && code != kFingerDetected &&
       ios10OrLater() && !fromPasscode && (s.hasVisibleAlert || somethingPending())) {
     giveUp();
     return;
   }
-  // 7. Matching again after a detection, while a prompt wants it.
+  // Matching again after a detection, while a prompt wants it.
   if (!fromPasscode && ios10OrLater() && s.hasVisibleAlert &&
       (code == kFingerDetected || (face && code == kFaceRetry))) {
     restartMatching();
   }
-  // 8. A failure. A wrong passcode always fails; a sensor's failure only
+  // A failure. A wrong passcode always fails; a sensor's failure only
   //    after a presence and with something held back.
   if (fromPasscode ? code == kNoMatch
                    : (isFailingCode(code) && s.presenceSeen && somethingPending())) {
     failed();
   }
-  // 9. The attempt is over.
+  // The attempt is over.
   if (code == kPresenceEnded || (face && code == kFaceRetry)) s.matchSucceeded = false;
 }
 
