@@ -56,19 +56,19 @@ void resetAnimations(id self, SEL) {
 void showScanner(id self, SEL) {
   AlertViewState& s = stateOf(self);
   if (passcodeFieldShowing(s)) return;
-  // 1. The glyph scans.
+  // The glyph scans.
   if (usesGlyph(s)) {
     setGlyphState(s, GlyphMethod::kShowScanner);
     s.isAnimating = true;
     return;
   }
-  // 2-3. The ring look's fingerprint and sweep.
+  // The ring look's fingerprint and sweep.
   startScannerMotion(s);
 }
 
 void showError(id self, SEL) {
   const AlertViewState& s = stateOf(self);
-  // 1. The glyph's error state, then the shake; with the further glyph flag
+  // The glyph's error state, then the shake; with the further glyph flag
   // on a face-camera device, state 3 alone.
   if (usesGlyph(s)) {
     if (core::faceCameraPresent() && furtherGlyphFlag()) {
@@ -79,7 +79,7 @@ void showError(id self, SEL) {
     shake(contentContainer(self));
     return;
   }
-  // 2. Idle animations back at full speed, the red fingerprint over the
+  // Idle animations back at full speed, the red fingerprint over the
   // fingerprint, the shake.
   unfreezeFingerprint(s);
   addIdleAnimations(s);
@@ -88,9 +88,9 @@ void showError(id self, SEL) {
 }
 
 void showPasscodeError(id self, SEL) {
-  // 1. The field shows, even if it did not.
+  // The field shows, even if it did not.
   send<void>(self, sel::kHideCircleAndShowPasscodeField);
-  // 2. The shake.
+  // The shake.
   shake(contentContainer(self));
 }
 
@@ -104,7 +104,7 @@ void hideCircleAndShowPasscodeField(id self, SEL) {
     send<void>(view->get(), sel::kSetAlpha, 0.0);
   }
   send<void>(s.passcodeField.get(), sel::kSetAlpha, 1.0);
-  // 3. The keyboard comes up.
+  // The keyboard comes up.
   send<BOOL>(s.passcodeField.get(), kBecomeFirstResponder);
 }
 

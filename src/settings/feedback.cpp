@@ -51,7 +51,7 @@ void playVibration() {
 
 void hapticChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                    CFDictionaryRef) {
-  // 1. The level as stored now; 2. felt at once; 3. then every setting.
+  // The level as stored now, felt at once, then every setting read again.
   int level = storedInteger("haptic").value_or(2);
   // The sample plays the stored level as it stands: 0 is no level, strong.
   post(hapticNote(level));
