@@ -41,9 +41,11 @@ void FigVibratorInitialize(void) { kv::sim::host::logEvent("vibrator", "initiali
 #endif
 
 #if defined(KV_PROVIDE_FigVibratorPlayVibrationWithDictionary)
-void FigVibratorPlayVibrationWithDictionary(CFDictionaryRef pattern, int, int) {
+// Logged with its two further arguments, which callers pass as zero.
+void FigVibratorPlayVibrationWithDictionary(CFDictionaryRef pattern, int first, int second) {
   kv::sim::host::logEvent("vibrator",
-                          "vibrate " + kv::platform::valueOf(kv::platform::ns(pattern)).describe());
+                          "vibrate " + kv::platform::valueOf(kv::platform::ns(pattern)).describe() +
+                              " arguments " + std::to_string(first) + " " + std::to_string(second));
 }
 #endif
 

@@ -32,7 +32,9 @@ id identities(id, SEL, id) {
   }
   return list;
 }
-id manager(id cls, SEL) { return cls; }
+id manager(id cls, SEL) {
+  return cls;
+}
 
 // A device of one kind, its preference file written as the settings pane would.
 class SettingsLoad : public ::testing::Test {
@@ -64,7 +66,8 @@ class SettingsLoad : public ::testing::Test {
     startup::setRole(startup::Role::kSpringBoard);
   }
   void prefs(Value::Dictionary values) {
-    ASSERT_TRUE(sim::writePlistFile(kFile, Value::dictionary(std::move(values)), sim::PlistFormat::kBinary));
+    ASSERT_TRUE(sim::writePlistFile(kFile, Value::dictionary(std::move(values)),
+                                    sim::PlistFormat::kBinary));
   }
   static constexpr const char* kFile = "/var/mobile/Library/Preferences/net.quorvan.kavelin.plist";
   platform::AutoreleasePool pool_;
@@ -73,9 +76,11 @@ class SettingsLoad : public ::testing::Test {
 
 TEST_F(SettingsLoad, MissingOrUnreadableFilesLoadEveryDefault) {
   const Settings defaults;
-  const char* const kContents[] = {"", "garbage that is no property list", "bplist00\x01\x02", nullptr};
+  const char* const kContents[] = {"", "garbage that is no property list", "bplist00\x01\x02",
+                                   nullptr};
   for (const char* contents : kContents) {
-    std::filesystem::remove(root_ + "/private/var/mobile/Library/Preferences/net.quorvan.kavelin.plist");
+    std::filesystem::remove(root_ +
+                            "/private/var/mobile/Library/Preferences/net.quorvan.kavelin.plist");
     if (contents != nullptr) std::ofstream(sim::realPathForDevicePath(kFile)) << contents;
     load();
     const Settings& s = current();
@@ -85,6 +90,89 @@ TEST_F(SettingsLoad, MissingOrUnreadableFilesLoadEveryDefault) {
     EXPECT_TRUE(s.protectedApps.empty());
     EXPECT_TRUE(s.showProtectedItemName);
     EXPECT_TRUE(s.biometricsInUse) << "Touch ID hardware and no passcode-only setting";
+  }
+}
+
+// Every plain switch of the domain: the key the settings pane writes, where
+// the loader keeps it, and what an untouched setting means.
+struct FlagKey {
+  const char* key;
+  bool Settings::*member;
+  bool fallback;
+};
+const FlagKey kFlagKeys[] = {
+    {"shouldShowExperimentalAlert", &Settings::shouldShowExperimentalAlert, true},
+    {"Enabled", &Settings::enabled, true},
+    {"callerNameProtected", &Settings::callerNameProtected, false},
+    {"HideCallerAfterLifting", &Settings::hideCallerAfterLifting, true},
+    {"VibrateOnError", &Settings::vibrateOnError, false},
+    {"hapticSetting", &Settings::hapticSetting, true},
+    {"keepSession", &Settings::keepSession, false},
+    {"protectSwitcher", &Settings::protectSwitcher, false},
+    {"protectPowerDown", &Settings::protectPowerDown, true},
+    {"protectPowerDownOnCriticalBattery", &Settings::protectPowerDownOnCriticalBattery, false},
+    {"protectRespring", &Settings::protectRespring, true},
+    {"blurAppSwitcher", &Settings::blurAppSwitcher, true},
+    {"showKavelinedText", &Settings::showKavelinedText, true},
+    {"protectSIMUnlock", &Settings::protectSIMUnlock, false},
+    {"protectMovingApps", &Settings::protectMovingApps, false},
+    {"unlockUsingTouchID", &Settings::unlockUsingTouchID, false},
+    {"CloseProtectedFoldersAfterLaunchingApp", &Settings::closeProtectedFoldersAfterLaunchingApp,
+     true},
+    {"QuitProtectedAppsOnDeviceLock", &Settings::quitProtectedAppsOnDeviceLock, true},
+    {"showProtectedItemName", &Settings::showProtectedItemName, true},
+    {"appsInFoldersAreStillProtected", &Settings::appsInFoldersAreStillProtected, false},
+    {"protectSiri", &Settings::protectSiri, false},
+};
+
+// The lists, each stored here as a one-name list of its own key.
+struct ListKey {
+  const char* key;
+  ItemList Settings::*member;
+};
+const ListKey kListKeys[] = {
+    {"protected", &Settings::protectedApps},
+    {"protectedNotifications", &Settings::protectedNotifications},
+    {"protectedSettings", &Settings::protectedSettings},
+    {"protectedSwitches", &Settings::protectedSwitches},
+    {"protectedFolders", &Settings::protectedFolders},
+    {"protectedCCItems", &Settings::protectedCCItems},
+    {"protectedCCSettingsItems", &Settings::protectedCCSettingsItems},
+};
+
+// An untouched setting means the same before the first load (what a guard
+// reads if it runs early) and after loading an empty domain; a stored value
+// reaches its own slot and no other.
+TEST_F(SettingsLoad, EveryKeyHasItsDefaultAndReachesItsSlot) {
+  const Settings beforeAnyLoad;
+  prefs({});
+  load();
+  for (const FlagKey& k : kFlagKeys) {
+    EXPECT_EQ(beforeAnyLoad.*k.member, k.fallback) << k.key << " before the first load";
+    EXPECT_EQ(current().*k.member, k.fallback) << k.key << " absent";
+  }
+  for (const ListKey& k : kListKeys) EXPECT_TRUE((current().*k.member).empty()) << k.key;
+  EXPECT_EQ(beforeAnyLoad.haptic, current().haptic);
+  EXPECT_EQ(beforeAnyLoad.iconColor, current().iconColor);
+  EXPECT_EQ(beforeAnyLoad.onlyPasscode, current().onlyPasscode);
+
+  // Each switch turned the other way, alone, so that a key read into the
+  // wrong slot shows as a change where none was made.
+  for (const FlagKey& k : kFlagKeys) {
+    prefs({{k.key, Value::boolean(!k.fallback)}});
+    load();
+    for (const FlagKey& other : kFlagKeys) {
+      EXPECT_EQ(current().*other.member, &other == &k ? !k.fallback : other.fallback)
+          << other.key << " when only " << k.key << " is stored";
+    }
+  }
+
+  Value::Dictionary lists;
+  for (const ListKey& k : kListKeys) lists[k.key] = Value::array({Value::string(k.key)});
+  prefs(std::move(lists));
+  load();
+  for (const ListKey& k : kListKeys) {
+    EXPECT_EQ(current().*k.member, std::vector<std::string>{k.key}) << k.key;
   }
 }
 
@@ -148,7 +236,8 @@ TEST_F(SettingsLoad, DerivedValuesAndPublishedStates) {
   EXPECT_EQ(stateOf(Note::kInCameraPhotosProtection), 1u);
   EXPECT_EQ(stateOf(Note::kGracePeriod), 0u) << "no session yet";
 
-  prefs({{"Enabled", Value::boolean(false)}, {"callerNameProtected", Value::boolean(true)},
+  prefs({{"Enabled", Value::boolean(false)},
+         {"callerNameProtected", Value::boolean(true)},
          {"protected", Value::array({Value::string("com.apple.mobileslideshow")})}});
   load();
   EXPECT_EQ(stateOf(Note::kCallerIdHandling), 0u) << "protection off hides nothing";
