@@ -217,6 +217,10 @@ id kitMatchWithMode(id, SEL, unsigned long mode, id) {
                   Sel("autorelease"));
 }
 // The kit answers a status; 0 is success.
+int kitDetectFinger(id, SEL, id) {
+  host::logEvent("biometric", "BiometricKit detects a finger");
+  return 0;
+}
 int kitMatchWithOptions(id, SEL, id, id) {
   host::logEvent("biometric", "BiometricKit match with options");
   if (springBoard().locked && !system().passcode) gKitMatchingWhileLocked = true;
@@ -350,7 +354,7 @@ void defineBiometricKit() {
       .instance("setDelegate:", imp(kitSetDelegate), "v@:@")
       .instance("matchWithMode:andCredentialSet:", imp(kitMatchWithMode), "@@:Q@")
       .instance("match:withOptions:", imp(kitMatchWithOptions), "i@:@@")
-      .instance("detectFingerWithOptions:", imp(kitMatchWithOptions), "i@:@")
+      .instance("detectFingerWithOptions:", imp(kitDetectFinger), "i@:@")
       .instance("enableBackgroundFdet:", imp(kitEnableBackgroundFdet), "i@:C")
       .instance("enableBackgroundFingerDetection:error:", imp(kitEnableBackgroundDetection),
                 "C@:C^@")

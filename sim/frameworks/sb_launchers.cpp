@@ -50,8 +50,7 @@ void imageWellTapped(id, SEL, id) {
     return;
   }
   host::logEvent("camera", "image well: Photos");
-  send<BOOL>(sharedOf("SBLockScreenManager"), Sel("unlockUIFromSource:withOptions:"),
-             kLockScreenCameraSource, id{nullptr});
+  askUnlock(sharedOf("SBLockScreenManager"), kLockScreenCameraSource);
   activate(applicationNamed(kPhotos), "ActivateApplication");
 }
 

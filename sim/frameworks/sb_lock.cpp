@@ -164,8 +164,7 @@ void slideUpFinalize(id self, SEL) {
     return;
   }
   host::logEvent("lock", "slid up to " + target);
-  send<BOOL>(sharedOf("SBLockScreenManager"), Sel("unlockUIFromSource:withOptions:"),
-             kPasscodeUnlockSource, id{nullptr});
+  askUnlock(sharedOf("SBLockScreenManager"), kPasscodeUnlockSource);
   bringToFront(target);
 }
 
@@ -198,9 +197,13 @@ BOOL unlockUI(id, SEL, int source, id) {
   if (!springBoard().screenOn) setScreen(true, source);
   return 1;
 }
+// Before iOS 10 the manager's unlock answers nothing.
+void unlockUIOld(id self, SEL cmd, int source, id options) {
+  unlockUI(self, cmd, source, options);
+}
 // A match the lock screen receives unlocks it.
 void bioAuthenticated(id self, SEL, id) {
-  send<BOOL>(self, Sel("unlockUIFromSource:withOptions:"), 14, id{nullptr});
+  askUnlock(self, 14);
 }
 
 // ---- The lock button ----
@@ -212,8 +215,7 @@ void wakeScreen(long source) {
                                  Sel("shouldTurnOnScreenForBacklightSource:"), source)) {
     setScreen(true, source);
     if (springBoard().locked) {
-      send<void>(sharedOf("SBLockScreenManager"), Sel("unlockUIFromSource:withOptions:"),
-                 kWakeSource, id{nullptr});
+      askUnlock(sharedOf("SBLockScreenManager"), kWakeSource);
     }
   }
 }
@@ -319,8 +321,7 @@ Value unlockAction(const host::ActionRequest&, std::string* error) {
     return {};
   }
   if (!springBoard().screenOn) setScreen(true, kHardwareButtonSource);
-  send<BOOL>(sharedOf("SBLockScreenManager"), Sel("unlockUIFromSource:withOptions:"),
-             kPasscodeUnlockSource, id{nullptr});
+  askUnlock(sharedOf("SBLockScreenManager"), kPasscodeUnlockSource);
   std::string waiting = std::move(deviceLock().waitingSlideUp);
   deviceLock().waitingSlideUp.clear();
   if (!waiting.empty() && !springBoard().locked) bringToFront(waiting);
@@ -365,11 +366,13 @@ void pressLockButton() {
   if (platform::respondsTo(app, Sel("lockHardwareButton"))) {
     send<void>(lockHardwareButton(nullptr, nullptr), Sel("singlePress:"), id{nullptr});
   } else if (platform::respondsTo(app, Sel("_lockButtonDown:fromSource:"))) {
-    send<void>(app, Sel("_lockButtonDown:fromSource:"), id{nullptr}, kHardwareButtonSource);
-    send<void>(app, Sel("_lockButtonUp:fromSource:"), id{nullptr}, kHardwareButtonSource);
+    send<void>(app, Sel("_lockButtonDown:fromSource:"), id{nullptr},
+               static_cast<long>(kHardwareButtonSource));
+    send<void>(app, Sel("_lockButtonUp:fromSource:"), id{nullptr},
+               static_cast<long>(kHardwareButtonSource));
   } else {
-    send<void>(app, Sel("_lockButtonDownFromSource:"), kHardwareButtonSource);
-    send<void>(app, Sel("_lockButtonUpFromSource:"), kHardwareButtonSource);
+    send<void>(app, Sel("_lockButtonDownFromSource:"), static_cast<long>(kHardwareButtonSource));
+    send<void>(app, Sel("_lockButtonUpFromSource:"), static_cast<long>(kHardwareButtonSource));
   }
 }
 
@@ -389,7 +392,8 @@ void defineSpringBoardLock() {
       .classMethod("sharedInstance", imp(sharedInstanceOf), "@@:")
       .instance("isUILocked", imp(isUILocked), "C@:")
       .instance("lockUIFromSource:withOptions:", imp(lockUI), "v@:i@")
-      .instance("unlockUIFromSource:withOptions:", imp(unlockUI), atLeast(10) ? "C@:i@" : "v@:i@")
+      .instance("unlockUIFromSource:withOptions:", atLeast(10) ? imp(unlockUI) : imp(unlockUIOld),
+                atLeast(10) ? "C@:i@" : "v@:i@")
       .instance("_bioAuthenticated:", imp(bioAuthenticated), "v@:@")
       .build();
   if (cataloguedHere("SBLockHardwareButton")) {
@@ -462,6 +466,16 @@ void setBacklightLevel(float factor, int source) {
   } else {
     send<void>(backlight, Sel("setBacklightFactor:source:"), factor, source);
   }
+}
+
+// The manager asked to unlock, with its own return type of this version
+// (nothing before iOS 10); true iff it says it unlocked (always before).
+bool askUnlock(id manager, int source) {
+  if (atLeast(10)) {
+    return send<BOOL>(manager, Sel("unlockUIFromSource:withOptions:"), source, id{nullptr}) != 0;
+  }
+  send<void>(manager, Sel("unlockUIFromSource:withOptions:"), source, id{nullptr});
+  return true;
 }
 
 }  // namespace kv::sim::frameworks

@@ -96,7 +96,7 @@ void uiActivate(id self, SEL, id application) {
   if (atLeast(10)) {
     runWorkspaceRequest("ActivateApplication", application);
   } else if (atLeast(9)) {
-    send<void>(self, Sel("activateApplication:fromIcon:location:"), application, id{nullptr}, 0L);
+    send<void>(self, Sel("activateApplication:fromIcon:location:"), application, id{nullptr}, 0);
   } else {
     activateThroughTransaction(application);
   }

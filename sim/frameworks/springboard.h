@@ -101,6 +101,10 @@ void noteScreenChanged();
 // source's type of this version.
 void setBacklightLevel(float factor, int source);
 
+// Asks SBLockScreenManager to unlock, with the method's return type of this
+// version; true iff it says it unlocked (always before iOS 10).
+bool askUnlock(id manager, int source);
+
 // Presses the lock button the way this version's hardware does.
 void pressLockButton();
 

@@ -86,7 +86,7 @@ void setBackgroundDetection(bool on) {
   id k = kit();
   BOOL value = on ? 1 : 0;
   if (platform::respondsTo(k, Sel("enableBackgroundFdet:"))) {
-    send<void>(k, Sel("enableBackgroundFdet:"), value);
+    send<int>(k, Sel("enableBackgroundFdet:"), value);
   } else {
     sendIfResponds<BOOL>(k, Sel("enableBackgroundFingerDetection:error:"), value,
                          static_cast<id*>(nullptr));
