@@ -3,8 +3,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <memory>
+#include <regex>
 #include <sstream>
 
 #include "sim/common/json.h"
@@ -43,6 +46,8 @@ const ActionSpec kActions[] = {
     {"*", "load-image", 1, 1, "load-image NAME",
      "a library loads after start-up (another extension's, a late platform bundle): its classes "
      "appear, then the image-added callbacks run"},
+    {"*", "log-line", 1, -1, "log-line TEXT",
+     "code in the process writes TEXT through the library's line writer (to /tmp/syslog)"},
     {"*", "hold", 2, 2, "hold CLASS SELECTOR",
      "keep the next call of that instance method instead of running it, as a guard keeps a "
      "call for after authentication (arguments retained, blocks copied; the caller gets zero)"},
@@ -805,9 +810,42 @@ bool airplaneHolds(Runner& r, const Statement& s, std::string* seen) {
   return on == (s.predicateArgs[0] == "on");
 }
 
+// file PATH [exists | contains "TEXT" | matches "REGEX"]: the file exists
+// (and its content holds TEXT, or a line of it matches REGEX whole).
 bool fileHolds(Runner& r, const Statement& s, std::string* seen) {
   *seen = s.predicateArgs[0] + " does not exist";
-  return r.device().fileExists(s.predicateArgs[0]);
+  if (!r.device().fileExists(s.predicateArgs[0])) return false;
+  if (s.predicateArgs.size() < 3) return true;
+  std::ifstream in(r.device().realPath(s.predicateArgs[0]), std::ios::binary);
+  std::stringstream content;
+  content << in.rdbuf();
+  const std::string text = content.str();
+  *seen = s.predicateArgs[0] + " reads: " + text;
+  if (s.predicateArgs[1] == "contains") return text.find(s.predicateArgs[2]) != std::string::npos;
+  std::regex pattern(s.predicateArgs[2]);
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    if (std::regex_match(line, pattern)) return true;
+  }
+  return false;
+}
+
+// files DIR N [TEXT]: the device's folder DIR holds N entries (whose names
+// contain TEXT).
+bool filesHolds(Runner& r, const Statement& s, std::string* seen) {
+  std::error_code ec;
+  std::string names;
+  int count = 0;
+  std::string text = s.predicateArgs.size() > 2 ? s.predicateArgs[2] : "";
+  for (const auto& entry :
+       std::filesystem::directory_iterator(r.device().realPath(s.predicateArgs[0]), ec)) {
+    std::string name = entry.path().filename().string();
+    if (name.find(text) == std::string::npos) continue;
+    ++count;
+    names += (names.empty() ? "" : ", ") + name;
+  }
+  *seen = std::to_string(count) + " entries: " + names;
+  return std::to_string(count) == s.predicateArgs[1];
 }
 
 const std::vector<PredicateSpec>& predicates() {
@@ -840,7 +878,12 @@ const std::vector<PredicateSpec>& predicates() {
        "a system alert other than the Kavelin prompt is visible, with that title, and a message "
        "containing TEXT",
        alertHolds},
-      {"file", 1, 2, "file PATH [exists]", "that file exists on the device", fileHolds},
+      {"file", 1, 3, "file PATH [exists | contains \"TEXT\" | matches \"REGEX\"]",
+       "that file exists on the device (and its content contains TEXT / one of its lines "
+       "matches the regular expression REGEX whole)",
+       fileHolds},
+      {"files", 2, 3, "files DIR N [\"TEXT\"]",
+       "the device's folder DIR holds N entries (whose names contain TEXT)", filesHolds},
       {"running", 1, 1, "running PROCESS", "the process is alive", runningHolds},
       {"installed", 2, 3, "installed CLASS SELECTOR [late]",
        "SpringBoard's install report has that row installed (late: when its class came after "
@@ -931,8 +974,17 @@ std::optional<ParseError> validateScenario(const Scenario& scenario) {
           s.predicateArgs[0] != "hidden") {
         return fail("expected " + std::string(p->usage));
       }
-      if (s.predicate == "file" && n == 2 && s.predicateArgs[1] != "exists") {
+      if (s.predicate == "file" && ((n == 2 && s.predicateArgs[1] != "exists") ||
+                                    (n == 3 && s.predicateArgs[1] != "contains" &&
+                                     s.predicateArgs[1] != "matches"))) {
         return fail("expected " + std::string(p->usage));
+      }
+      if (s.predicate == "file" && n == 3 && s.predicateArgs[1] == "matches") {
+        try {
+          std::regex pattern(s.predicateArgs[2]);
+        } catch (const std::regex_error& e) {
+          return fail(std::string("not a regular expression: ") + e.what());
+        }
       }
       if (s.predicate == "pref") {
         const std::string& key = s.predicateArgs[0];

@@ -7,7 +7,9 @@
 #include <spawn.h>
 #include <sys/utsname.h>
 
+#include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 
 #include "platform/objc.h"
 
@@ -124,6 +126,15 @@ inline char** environment() {
   return *_NSGetEnviron();
 #else
   return ::environ;
+#endif
+}
+
+// The name this process was started as, without its directory.
+inline const char* programName() {
+#if defined(__APPLE__)
+  return getprogname();
+#else
+  return program_invocation_short_name;
 #endif
 }
 

@@ -20,6 +20,7 @@
 #include "springboard/system_actions.h"
 #include "springboard/system_power.h"
 #include "startup/additions.h"
+#include "startup/diagnostics.h"
 #include "startup/second_stage.h"
 
 namespace kv::startup {
@@ -36,8 +37,8 @@ constexpr auto kPrefs = processes::Family::kPrefs;  // iOS 8's own Settings clas
 constexpr auto kPSUI = processes::Family::kPSUI;    // PreferencesUI's, from iOS 9
 
 const Row kAllProcessesRows[] = {
-    pendingRow("NSException", "+raise:format:"),
-    pendingRow("NSException", "-initWithName:reason:userInfo:"),
+    replaced<&exceptionRaise>("NSException", "+raise:format:"),
+    replaced<&exceptionInit>("NSException", "-initWithName:reason:userInfo:"),
     added<&objectOfClass>("NSArray", "-_kv_objectOfClass:", "@:@"),
 };
 
