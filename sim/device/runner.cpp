@@ -45,7 +45,29 @@ const ActionSpec kActions[] = {
      "instance); ARGS is a JSON array of the arguments"},
     {"*", "load-image", 1, 1, "load-image NAME",
      "a library loads after start-up (another extension's, a late platform bundle): its classes "
-     "appear, then the image-added callbacks run"},
+     "appear, then the image-added callbacks run; the extensions Flipswitch, Zandor, Activator, "
+     "Orrel and Mevrick are libraries of their own"},
+    {"SpringBoard", "switch-press", 1, 2, "switch-press ID [private]",
+     "press the Flipswitch button of switch ID (private: a button of Flipswitch's own panel); "
+     "needs load-image Flipswitch"},
+    {"SpringBoard", "switch-hold", 1, 2, "switch-hold ID [private]",
+     "hold the Flipswitch button of switch ID: its settings open; needs load-image Flipswitch"},
+    {"SpringBoard", "zandor-tap", 1, 1, "zandor-tap ID",
+     "tap Zandor's button of switch ID; needs load-image Zandor"},
+    {"SpringBoard", "activator", 2, 2, "activator EVENT LISTENER",
+     "the Activator event EVENT happens (a gesture, libactivator.fingerprint-sensor.press.single, "
+     "...) with LISTENER assigned: an app's bundle identifier, switch-flip.ID or "
+     "net.quorvan.kavelin.switch, libactivator.system.show-switcher; needs load-image Activator"},
+    {"SpringBoard", "orrel-open", 0, 0, "orrel-open",
+     "Orrel's gesture opens its switcher; needs load-image Orrel"},
+    {"SpringBoard", "orrel-tap", 1, 1, "orrel-tap BUNDLE-ID",
+     "tap the app's icon in Orrel's bar: the app launches; needs load-image Orrel"},
+    {"SpringBoard", "mevrick-open", 0, 0, "mevrick-open",
+     "Mevrick's gesture pulls its app switcher fully open; needs load-image Mevrick"},
+    {"SpringBoard", "mevrick-button", 0, 0, "mevrick-button",
+     "Mevrick's button opens its app switcher; needs load-image Mevrick"},
+    {"SpringBoard", "mevrick-select", 1, 1, "mevrick-select BUNDLE-ID",
+     "choose the app in Mevrick's open switcher: it launches; needs load-image Mevrick"},
     {"*", "log-line", 1, -1, "log-line TEXT",
      "code in the process writes TEXT through the library's line writer (to /tmp/syslog)"},
     {"*", "hold", 2, 2, "hold CLASS SELECTOR",
@@ -717,17 +739,25 @@ bool installedHolds(Runner& r, const Statement& s, std::string* seen) {
   auto report = askSpringBoard(r, "hooks", seen);
   if (!report) return false;
   std::string row = s.predicateArgs[0] + " " + s.predicateArgs[1];
-  bool late = s.predicateArgs.size() == 3;
+  bool late = false;
+  bool once = false;
+  for (size_t i = 2; i < s.predicateArgs.size(); ++i) {
+    late = late || s.predicateArgs[i] == "late";
+    once = once || s.predicateArgs[i] == "once";
+  }
+  int times = 0;
+  bool wanted = false;
   std::stringstream lines(report->asString());
   std::string line, found;
   while (std::getline(lines, line)) {
     if (line.find(" " + row) == std::string::npos) continue;
     found += (found.empty() ? "" : "; ") + line;
+    ++times;
     bool installed = line.rfind("installed " + row, 0) == 0 || line.rfind("added " + row, 0) == 0;
-    if (installed && (!late || line.find("(late") != std::string::npos)) return true;
+    wanted = wanted || (installed && (!late || line.find("(late") != std::string::npos));
   }
   *seen = found.empty() ? "the report does not name " + row : "the report says: " + found;
-  return false;
+  return wanted && (!once || times == 1);
 }
 
 bool runningHolds(Runner& r, const Statement& s, std::string* seen) {
@@ -885,9 +915,10 @@ const std::vector<PredicateSpec>& predicates() {
       {"files", 2, 3, "files DIR N [\"TEXT\"]",
        "the device's folder DIR holds N entries (whose names contain TEXT)", filesHolds},
       {"running", 1, 1, "running PROCESS", "the process is alive", runningHolds},
-      {"installed", 2, 3, "installed CLASS SELECTOR [late]",
+      {"installed", 2, 4, "installed CLASS SELECTOR [late] [once]",
        "SpringBoard's install report has that row installed (late: when its class came after "
-       "start-up, with the image that brought it); SELECTOR as -sel or +sel",
+       "start-up, with the image that brought it; once: and names the row only once); SELECTOR "
+       "as -sel or +sel",
        installedHolds},
       {"power", 1, 1, "power off|reboot|respring",
        "the device powered off, rebooted, or SpringBoard restarted, in the current window",

@@ -131,6 +131,8 @@ void springBoardSection() {
   observe(Note::kPrefsChanged, settings::settingsChanged);
   observe(Note::kHapticChanged, settings::hapticChanged);
   observe(Note::kVibrationChanged, settings::vibrationChanged);
+  // Other extensions load after this library; their classes are met as they come.
+  _dyld_register_func_for_add_image(installIntegrations);
   if (fileExists("/Library/MobileSubstrate/DynamicLibraries/Pellum.dylib")) {
     installGroup(Group::kPellum);
   }

@@ -12,6 +12,7 @@
 #include "prompt/passcode_field_hooks.h"
 #include "springboard/control_center.h"
 #include "springboard/folders.h"
+#include "springboard/integrations.h"
 #include "springboard/launch_agent.h"
 #include "springboard/launch_icons.h"
 #include "springboard/launch_other.h"
@@ -288,6 +289,53 @@ const Row kBiometricKitRows[] = {
     replaced<&core::updateIdentity>("BiometricKit", "-updateIdentity:"),
 };
 
+const Row kFlipswitchRows[] = {
+    replaced<&springboard::flipswitchPressed>("FSSwitchButton", "-_pressed"),
+    replaced<&springboard::flipswitchHeld>("FSSwitchButton", "-_held"),
+};
+
+const Row kPrivateFlipswitchRows[] = {
+    replaced<&springboard::privateFlipswitchPressed>("_FSSwitchButton", "-_pressed"),
+    replaced<&springboard::privateFlipswitchHeld>("_FSSwitchButton", "-_held"),
+};
+
+const Row kZandorRows[] = {
+    replaced<&springboard::zandorTapped>("ZandorFlipswitchButton", "-tapped"),
+};
+
+const Row kActivatorApplicationRows[] = {
+    replaced<&springboard::activatorActivateApplication>("LAApplicationListener",
+                                                         "-activateApplication:"),
+};
+
+const Row kActivatorSwitchRows[] = {
+    replaced<&springboard::activatorSwitchEvent>("LASwitchListener",
+                                                 "-activator:receiveEvent:forListenerName:"),
+};
+
+const Row kActivatorRows[] = {
+    replaced<&springboard::activatorSendEvent>("LAActivator", "-sendEventToListener:"),
+};
+
+const Row kActivatorSimpleRows[] = {
+    replaced<&springboard::activatorActivateSwitcher>("LASimpleListener", "-activateSwitcher"),
+};
+
+const Row kOrrelSwitcherRows[] = {
+    replaced<&springboard::orrelShowSwitcher>("OrrelSwitcherController", "-showSwitcher"),
+};
+
+const Row kOrrelBarRows[] = {
+    replaced<&springboard::orrelIconTapped>("OrrelBarView", "-iconTapped:"),
+};
+
+const Row kMevrickRows[] = {
+    replaced<&springboard::mevrickOpen>("MevrickAppSwitcherController", "-openWithPercentage:"),
+    replaced<&springboard::mevrickActivate>("MevrickAppSwitcherController", "-activateSwitcher:"),
+    replaced<&springboard::mevrickDeactivateTo>("MevrickAppSwitcherController",
+                                                "-deactivateSwitcherToApplication:animated:"),
+};
+
 struct GroupRows {
   Group group;
   std::span<const Row> rows;
@@ -304,6 +352,16 @@ const GroupRows kGroups[] = {
     {Group::kSpringBoard, kSpringBoardRows},
     {Group::kPellum, kPellumRows},
     {Group::kBiometricKit, kBiometricKitRows},
+    {Group::kFlipswitch, kFlipswitchRows},
+    {Group::kPrivateFlipswitch, kPrivateFlipswitchRows},
+    {Group::kZandor, kZandorRows},
+    {Group::kActivatorApplication, kActivatorApplicationRows},
+    {Group::kActivatorSwitch, kActivatorSwitchRows},
+    {Group::kActivator, kActivatorRows},
+    {Group::kActivatorSimple, kActivatorSimpleRows},
+    {Group::kOrrelSwitcher, kOrrelSwitcherRows},
+    {Group::kOrrelBar, kOrrelBarRows},
+    {Group::kMevrick, kMevrickRows},
 };
 
 // A group whose class may load after the library: installed the first time
@@ -316,6 +374,20 @@ struct LateGroup {
 
 LateGroup gLateGroups[] = {
     {Group::kBiometricKit, "BiometricKit", false},
+};
+
+// Other extensions' integrations: the class whose appearance installs each.
+LateGroup gIntegrations[] = {
+    {Group::kFlipswitch, "FSSwitchButton", false},
+    {Group::kPrivateFlipswitch, "_FSSwitchButton", false},
+    {Group::kZandor, "ZandorFlipswitchButton", false},
+    {Group::kActivatorApplication, "LAApplicationListener", false},
+    {Group::kActivatorSwitch, "LASwitchListener", false},
+    {Group::kActivator, "LAActivator", false},
+    {Group::kActivatorSimple, "LASimpleListener", false},
+    {Group::kOrrelSwitcher, "OrrelSwitcherController", false},
+    {Group::kOrrelBar, "OrrelBarView", false},
+    {Group::kMevrick, "MevrickAppSwitcherController", false},
 };
 
 std::vector<platform::InstallRecord>& report() {
@@ -381,6 +453,19 @@ void installLateGroups(const struct mach_header*, intptr_t) {
     installGroup(late.group);
   }
   if (gStartupComplete) installRowsOfLateClasses();
+}
+
+void installIntegrations(const struct mach_header*, intptr_t) {
+  // These extensions hook SpringBoard alone; a process without it has none of their paths.
+  if (platform::classNamed("SpringBoard") == nullptr) return;
+  for (LateGroup& integration : gIntegrations) {
+    if (integration.installed || platform::classNamed(integration.className) == nullptr) continue;
+    integration.installed = true;
+    for (auto record : platform::installRows(rowsOf(integration.group))) {
+      record.lateImage = gStartupComplete ? gLateImages : 0;
+      report().push_back(record);
+    }
+  }
 }
 
 void startupComplete() {

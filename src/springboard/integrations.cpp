@@ -1,0 +1,170 @@
+// Other extensions' launch paths.
+#include "springboard/integrations.h"
+
+#include <algorithm>
+#include <string>
+
+#include "core/state.h"
+#include "platform/foundation.h"
+#include "platform/hook.h"
+#include "platform/invocation.h"
+#include "platform/runtime.h"
+#include "settings/settings.h"
+#include "springboard/gate.h"
+
+namespace kv::springboard {
+
+namespace {
+
+using platform::Retained;
+using platform::Sel;
+using platform::sendIfResponds;
+
+const Sel kBundleIdentifier("bundleIdentifier");
+const Sel kApplicationBundleID("applicationBundleID");
+const Sel kName("name");
+const Sel kIsShowing("isShowing");
+
+constexpr const char* kOwnSwitch = "net.quorvan.kavelin.switch";
+constexpr const char* kOwnListener = "net.quorvan.kavelin";
+constexpr const char* kFingerprintEvent = "fingerprint-sensor";
+
+// Holds back the call of `cmd` on `self` with `args` (kept) under `title`;
+// false when no call could be built, and the platform method then runs.
+template <typename... A>
+bool holdBackCall(id title, id self, SEL cmd, A... args) {
+  Retained call = platform::invocationOf(self, cmd, args...);
+  if (call) platform::retainArguments(call.get());
+  return holdBack(call.get(), title);
+}
+
+bool protectsSwitch(const std::string& identifier) {
+  const auto& switches = settings::current().protectedSwitches;
+  return identifier == kOwnSwitch ||
+         std::find(switches.begin(), switches.end(), identifier) != switches.end();
+}
+
+// A switch button's press: the identifier read through `key`; a protected
+// switch waits for authentication, titled with its identifier.
+template <auto F>
+void guardSwitch(id self, SEL cmd, const char* key) {
+  id identifier = platform::valueForKeyIfPresent(self, key);
+  auto text = platform::stringOf(identifier);
+  if (text && protectsSwitch(*text) && gatePasses() && holdBackCall(identifier, self, cmd)) return;
+  platform::Hook<F>::original(self, cmd);
+}
+
+// An application argument: an app (its bundle identifier) or the identifier.
+id identifierOf(id application) {
+  if (platform::isKindOf(application, "NSString")) return application;
+  id identifier = sendIfResponds<id>(application, kBundleIdentifier);
+  return identifier != nullptr ? identifier : sendIfResponds<id>(application, kApplicationBundleID);
+}
+
+bool containsText(id string, const char* part) {
+  auto text = platform::stringOf(string);
+  return text && text->find(part) != std::string::npos;
+}
+
+// The product's prompt owns the fingerprint sensor from its show until it
+// is gone, and while a match it started runs.
+bool sensorTaken() {
+  const auto& state = core::state();
+  return state.hasVisibleAlert || static_cast<bool>(state.matchOperation) ||
+         state.tookOverEventSource;
+}
+
+}  // namespace
+
+void flipswitchPressed(id self, SEL cmd) {
+  guardSwitch<&flipswitchPressed>(self, cmd, "switchIdentifier");
+}
+void flipswitchHeld(id self, SEL cmd) {
+  guardSwitch<&flipswitchHeld>(self, cmd, "switchIdentifier");
+}
+void privateFlipswitchPressed(id self, SEL cmd) {
+  guardSwitch<&privateFlipswitchPressed>(self, cmd, "switchIdentifier");
+}
+void privateFlipswitchHeld(id self, SEL cmd) {
+  guardSwitch<&privateFlipswitchHeld>(self, cmd, "switchIdentifier");
+}
+void zandorTapped(id self, SEL cmd) {
+  guardSwitch<&zandorTapped>(self, cmd, "switchID");
+}
+
+void activatorActivateApplication(id self, SEL cmd, id application) {
+  id identifier = identifierOf(application);
+  if (isProtectedApp(identifier) && gatePasses() &&
+      holdBackCall(identifier, self, cmd, application)) {
+    return;
+  }
+  platform::Hook<&activatorActivateApplication>::original(self, cmd, application);
+}
+
+void activatorSwitchEvent(id self, SEL cmd, id activator, id event, id listenerName) {
+  if (containsText(listenerName, kOwnListener) && gatePasses() &&
+      holdBackCall(platform::makeString("Kavelin Flipswitch"), self, cmd, activator, event,
+                   listenerName)) {
+    return;
+  }
+  platform::Hook<&activatorSwitchEvent>::original(self, cmd, activator, event, listenerName);
+}
+
+void activatorSendEvent(id self, SEL cmd, id event) {
+  // Swallowed, not held: a finger on the sensor is the prompt's answer.
+  if (containsText(sendIfResponds<id>(event, kName), kFingerprintEvent) && sensorTaken()) return;
+  platform::Hook<&activatorSendEvent>::original(self, cmd, event);
+}
+
+void activatorActivateSwitcher(id self, SEL cmd) {
+  if (settings::current().protectSwitcher && gatePasses() &&
+      holdBackCall(platform::makeString("Switcher Protection"), self, cmd)) {
+    return;
+  }
+  platform::Hook<&activatorActivateSwitcher>::original(self, cmd);
+}
+
+void orrelShowSwitcher(id self, SEL cmd) {
+  // Closing or re-showing a switcher the user already opened asks nothing.
+  bool showing = sendIfResponds<BOOL>(self, kIsShowing) != 0;
+  if (!showing && settings::current().protectSwitcher && gatePasses() &&
+      holdBackCall(platform::makeString("Switcher Protection"), self, cmd)) {
+    return;
+  }
+  platform::Hook<&orrelShowSwitcher>::original(self, cmd);
+}
+
+void orrelIconTapped(id self, SEL cmd, id icon) {
+  id identifier = identifierOf(icon);
+  if (isProtectedApp(identifier) && gatePasses() && holdBackCall(identifier, self, cmd, icon)) {
+    return;
+  }
+  platform::Hook<&orrelIconTapped>::original(self, cmd, icon);
+}
+
+void mevrickOpen(id self, SEL cmd, double percentage) {
+  if (settings::current().protectSwitcher && gatePasses() &&
+      holdBackCall(platform::makeString("App Switcher Protection"), self, cmd, percentage)) {
+    return;
+  }
+  platform::Hook<&mevrickOpen>::original(self, cmd, percentage);
+}
+
+void mevrickActivate(id self, SEL cmd, id sender) {
+  if (settings::current().protectSwitcher && gatePasses() &&
+      holdBackCall(platform::makeString("App Switcher Protection"), self, cmd, sender)) {
+    return;
+  }
+  platform::Hook<&mevrickActivate>::original(self, cmd, sender);
+}
+
+void mevrickDeactivateTo(id self, SEL cmd, id application, BOOL animated) {
+  id identifier = identifierOf(application);
+  if (isProtectedApp(identifier) && gatePasses() &&
+      holdBackCall(identifier, self, cmd, application, animated)) {
+    return;
+  }
+  platform::Hook<&mevrickDeactivateTo>::original(self, cmd, application, animated);
+}
+
+}  // namespace kv::springboard
