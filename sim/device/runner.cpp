@@ -46,7 +46,7 @@ const ActionSpec kActions[] = {
     {"*", "load-image", 1, 1, "load-image NAME",
      "a library loads after start-up (another extension's, a late platform bundle): its classes "
      "appear, then the image-added callbacks run; the extensions Flipswitch, Zandor, Activator, "
-     "Orrel and Mevrick are libraries of their own"},
+     "Orrel, Mevrick and Pellum are libraries of their own"},
     {"SpringBoard", "switch-press", 1, 2, "switch-press ID [private]",
      "press the Flipswitch button of switch ID (private: a button of Flipswitch's own panel); "
      "needs load-image Flipswitch"},
@@ -68,6 +68,10 @@ const ActionSpec kActions[] = {
      "Mevrick's button opens its app switcher; needs load-image Mevrick"},
     {"SpringBoard", "mevrick-select", 1, 1, "mevrick-select BUNDLE-ID",
      "choose the app in Mevrick's open switcher: it launches; needs load-image Mevrick"},
+    {"SpringBoard", "pellum", 1, 1, "pellum BUNDLE-ID",
+     "Pellum's gesture back to the previous app, which it shows as BUNDLE-ID: its "
+     "\"ActivatePellum\" event goes through SpringBoard's workspace event queue; needs "
+     "load-image Pellum"},
     {"*", "log-line", 1, -1, "log-line TEXT",
      "code in the process writes TEXT through the library's line writer (to /tmp/syslog)"},
     {"*", "hold", 2, 2, "hold CLASS SELECTOR",

@@ -49,6 +49,7 @@ void defineSharedClasses() {
   addURLOpens(application);
   addApplicationLaunch(application);
   addPowerActions(application);
+  addFrontDisplayChange(application);
   application.build();
 }
 
@@ -67,6 +68,7 @@ void defineSpringBoard() {
   defineSpringBoardPower();
   defineSpringBoardSystem();
   defineSpringBoardControlCenter();
+  defineSpringBoardEventQueue();
   defineSharedClasses();
   defineSpringBoardBiometrics();
 }

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 #include "core/state.h"
 #include "platform/foundation.h"
@@ -24,10 +25,19 @@ const Sel kBundleIdentifier("bundleIdentifier");
 const Sel kApplicationBundleID("applicationBundleID");
 const Sel kName("name");
 const Sel kIsShowing("isShowing");
+const Sel kLabel("label");
 
 constexpr const char* kOwnSwitch = "net.quorvan.kavelin.switch";
 constexpr const char* kOwnListener = "net.quorvan.kavelin";
 constexpr const char* kFingerprintEvent = "fingerprint-sensor";
+constexpr const char* kPellumEvent = "ActivatePellum";
+
+// The bundle identifiers of the apps that were in front, the latest last,
+// each once.
+std::vector<std::string>& recentFronts() {
+  static auto* list = new std::vector<std::string>();
+  return *list;
+}
 
 // Holds back the call of `cmd` on `self` with `args` (kept) under `title`;
 // false when no call could be built, and the platform method then runs.
@@ -165,6 +175,28 @@ void mevrickDeactivateTo(id self, SEL cmd, id application, BOOL animated) {
     return;
   }
   platform::Hook<&mevrickDeactivateTo>::original(self, cmd, application, animated);
+}
+
+void frontDisplayDidChange(id self, SEL cmd, id display) {
+  platform::Hook<&frontDisplayDidChange>::original(self, cmd, display);
+  if (!platform::isKindOf(display, "SBApplication")) return;
+  auto identifier = platform::stringOf(sendIfResponds<id>(display, kBundleIdentifier));
+  if (!identifier) return;
+  auto& list = recentFronts();
+  std::erase(list, *identifier);
+  list.push_back(*identifier);
+}
+
+void executeOrAppendEvent(id self, SEL cmd, id event) {
+  if (platform::stringOf(sendIfResponds<id>(event, kLabel)) == kPellumEvent) {
+    // Pellum goes back to the app before the one in front.
+    const auto& list = recentFronts();
+    id previous = list.size() < 2 ? nullptr : platform::makeString(list[list.size() - 2]);
+    if (isProtectedApp(previous) && gatePasses() && holdBackCall(previous, self, cmd, event)) {
+      return;
+    }
+  }
+  platform::Hook<&executeOrAppendEvent>::original(self, cmd, event);
 }
 
 }  // namespace kv::springboard

@@ -35,4 +35,11 @@ void mevrickOpen(id self, SEL cmd, double percentage);
 void mevrickActivate(id self, SEL cmd, id sender);
 void mevrickDeactivateTo(id self, SEL cmd, id application, BOOL animated);
 
+// Pellum returns to the previous app through SpringBoard's workspace event
+// queue with an event labelled "ActivatePellum"; the previous app is read
+// from the recent-front list, which SpringBoard's front-display changes keep.
+void frontDisplayDidChange(id self, SEL cmd, id display);  // -[SpringBoard frontDisplayDidChange:]
+void executeOrAppendEvent(id self, SEL cmd,
+                          id event);  // -[SBWorkspaceEventQueue executeOrAppendEvent:]
+
 }  // namespace kv::springboard

@@ -280,8 +280,8 @@ const Row kSpringBoardRows[] = {
 };
 
 const Row kPellumRows[] = {
-    pendingRow("SBWorkspaceEventQueue", "-executeOrAppendEvent:"),
-    pendingRow("SpringBoard", "-frontDisplayDidChange:"),
+    replaced<&springboard::executeOrAppendEvent>("SBWorkspaceEventQueue", "-executeOrAppendEvent:"),
+    replaced<&springboard::frontDisplayDidChange>("SpringBoard", "-frontDisplayDidChange:"),
 };
 
 const Row kBiometricKitRows[] = {
