@@ -46,7 +46,7 @@ const ActionSpec kActions[] = {
     {"*", "load-image", 1, 1, "load-image NAME",
      "a library loads after start-up (another extension's, a late platform bundle): its classes "
      "appear, then the image-added callbacks run; the extensions Flipswitch, Zandor, Activator, "
-     "Orrel, Mevrick and Pellum are libraries of their own"},
+     "Orrel, Mevrick, Pellum, Pennac and Tamsin are libraries of their own"},
     {"SpringBoard", "switch-press", 1, 2, "switch-press ID [private]",
      "press the Flipswitch button of switch ID (private: a button of Flipswitch's own panel); "
      "needs load-image Flipswitch"},
@@ -72,6 +72,11 @@ const ActionSpec kActions[] = {
      "Pellum's gesture back to the previous app, which it shows as BUNDLE-ID: its "
      "\"ActivatePellum\" event goes through SpringBoard's workspace event queue; needs "
      "load-image Pellum"},
+    {"SpringBoard", "pennac", 2, 2, "pennac BUNDLE-ID BUTTON",
+     "long-press the app's icon and tap button BUTTON of Pennac's sheet: 0 Open, 1 Open in "
+     "Background, 2 Share with Messages; needs load-image Pennac"},
+    {"SpringBoard", "tamsin-contacts", 0, 0, "tamsin-contacts",
+     "tap the Contacts button of Tamsin's call screen; needs load-image Tamsin"},
     {"*", "log-line", 1, -1, "log-line TEXT",
      "code in the process writes TEXT through the library's line writer (to /tmp/syslog)"},
     {"*", "hold", 2, 2, "hold CLASS SELECTOR",

@@ -26,11 +26,18 @@ const Sel kApplicationBundleID("applicationBundleID");
 const Sel kName("name");
 const Sel kIsShowing("isShowing");
 const Sel kLabel("label");
+const Sel kApplication("application");
 
 constexpr const char* kOwnSwitch = "net.quorvan.kavelin.switch";
 constexpr const char* kOwnListener = "net.quorvan.kavelin";
 constexpr const char* kFingerprintEvent = "fingerprint-sensor";
 constexpr const char* kPellumEvent = "ActivatePellum";
+constexpr const char* kContacts = "com.apple.MobileAddressBook";
+
+// Raised while Pennac's sheet handles a click, and only then: the launches
+// the sheet starts are the ones it guards; SpringBoard's other launches
+// through the same method are judged by their own guards.
+bool gPennacSheetInUse = false;
 
 // The bundle identifiers of the apps that were in front, the latest last,
 // each once.
@@ -175,6 +182,36 @@ void mevrickDeactivateTo(id self, SEL cmd, id application, BOOL animated) {
     return;
   }
   platform::Hook<&mevrickDeactivateTo>::original(self, cmd, application, animated);
+}
+
+void pennacSheetClicked(id self, SEL cmd, id sheet, platform::Integer index) {
+  id identifier = identifierOf(sendIfResponds<id>(self, kApplication));
+  if (isProtectedApp(identifier) && gatePasses() &&
+      holdBackCall(identifier, self, cmd, sheet, index)) {
+    return;
+  }
+  // Scoped, so that a click handler that raises does not leave it up.
+  struct InUse {
+    bool before = gPennacSheetInUse;
+    InUse() { gPennacSheetInUse = true; }
+    ~InUse() { gPennacSheetInUse = before; }
+  } inUse;
+  platform::Hook<&pennacSheetClicked>::original(self, cmd, sheet, index);
+}
+
+BOOL launchApplicationWithIdentifier(id self, SEL cmd, id identifier, BOOL suspended) {
+  if (gPennacSheetInUse && suspended == 0 && isProtectedApp(identifier) && gatePasses() &&
+      holdBackCall(identifier, self, cmd, identifier, suspended)) {
+    return 0;
+  }
+  return platform::Hook<&launchApplicationWithIdentifier>::original(self, cmd, identifier,
+                                                                    suspended);
+}
+
+void tamsinLaunchAddressBook(id self, SEL cmd) {
+  id contacts = platform::makeString(kContacts);
+  if (isProtectedApp(contacts) && gatePasses() && holdBackCall(contacts, self, cmd)) return;
+  platform::Hook<&tamsinLaunchAddressBook>::original(self, cmd);
 }
 
 void frontDisplayDidChange(id self, SEL cmd, id display) {

@@ -6,6 +6,7 @@
 // differ.
 #pragma once
 
+#include "platform/foundation.h"
 #include "platform/objc.h"
 
 namespace kv::springboard {
@@ -34,6 +35,15 @@ void orrelIconTapped(id self, SEL cmd, id icon);
 void mevrickOpen(id self, SEL cmd, double percentage);
 void mevrickActivate(id self, SEL cmd, id sender);
 void mevrickDeactivateTo(id self, SEL cmd, id application, BOOL animated);
+
+// Pennac's sheet of actions on an app: a click asks when the sheet's app is
+// protected; otherwise, while the click is handled, a launch the sheet starts
+// in front (not suspended) asks for a protected app.
+void pennacSheetClicked(id self, SEL cmd, id sheet, platform::Integer index);
+BOOL launchApplicationWithIdentifier(id self, SEL cmd, id identifier, BOOL suspended);
+
+// Tamsin's call screen opens Contacts, which asks when Contacts is protected.
+void tamsinLaunchAddressBook(id self, SEL cmd);
 
 // Pellum returns to the previous app through SpringBoard's workspace event
 // queue with an event labelled "ActivatePellum"; the previous app is read

@@ -336,6 +336,18 @@ const Row kMevrickRows[] = {
                                                 "-deactivateSwitcherToApplication:animated:"),
 };
 
+const Row kPennacRows[] = {
+    replaced<&springboard::pennacSheetClicked>("PennacSheetOwner",
+                                               "-actionSheet:clickedButtonAtIndex:"),
+    replaced<&springboard::launchApplicationWithIdentifier>(
+        "SpringBoard", "-launchApplicationWithIdentifier:suspended:"),
+};
+
+const Row kTamsinRows[] = {
+    replaced<&springboard::tamsinLaunchAddressBook>("TamsinControllerModern",
+                                                    "-launchAddressBookApp"),
+};
+
 struct GroupRows {
   Group group;
   std::span<const Row> rows;
@@ -362,6 +374,8 @@ const GroupRows kGroups[] = {
     {Group::kOrrelSwitcher, kOrrelSwitcherRows},
     {Group::kOrrelBar, kOrrelBarRows},
     {Group::kMevrick, kMevrickRows},
+    {Group::kPennac, kPennacRows},
+    {Group::kTamsin, kTamsinRows},
 };
 
 // A group whose class may load after the library: installed the first time
@@ -388,6 +402,8 @@ LateGroup gIntegrations[] = {
     {Group::kOrrelSwitcher, "OrrelSwitcherController", false},
     {Group::kOrrelBar, "OrrelBarView", false},
     {Group::kMevrick, "MevrickAppSwitcherController", false},
+    {Group::kPennac, "PennacSheetOwner", false},
+    {Group::kTamsin, "TamsinControllerModern", false},
 };
 
 std::vector<platform::InstallRecord>& report() {

@@ -34,6 +34,8 @@ enum class Group {
   kOrrelSwitcher,
   kOrrelBar,
   kMevrick,
+  kPennac,
+  kTamsin,
 };
 
 // The rows of a group, in installation order.
