@@ -75,6 +75,9 @@ const ActionSpec kActions[] = {
     {"SpringBoard", "pennac", 2, 2, "pennac BUNDLE-ID BUTTON",
      "long-press the app's icon and tap button BUTTON of Pennac's sheet: 0 Open, 1 Open in "
      "Background, 2 Share with Messages; needs load-image Pennac"},
+    {"SpringBoard", "tamsin-call", 1, 1, "tamsin-call NAME",
+     "a call from NAME comes in: Tamsin's call screen takes the current calls' info and shows "
+     "the caller; needs load-image Tamsin"},
     {"SpringBoard", "tamsin-contacts", 0, 0, "tamsin-contacts",
      "tap the Contacts button of Tamsin's call screen; needs load-image Tamsin"},
     {"*", "log-line", 1, -1, "log-line TEXT",

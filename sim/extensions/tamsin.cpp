@@ -1,5 +1,6 @@
-// Tamsin: a caller screen of its own during calls, with a button that opens
-// Contacts.
+// Tamsin: a caller screen of its own inside SpringBoard during calls. Its
+// name line shows the caller, set whenever it takes the current calls' info;
+// a button opens Contacts.
 #include "sim/extensions/extension.h"
 
 namespace kv::sim::extensions {
@@ -8,6 +9,23 @@ namespace {
 
 using platform::Sel;
 using platform::Value;
+
+std::string gCaller;  // the caller of the call in progress
+
+// The name line: what it reads goes to the timeline.
+void labelSetText(id, SEL, id text) {
+  host::logEvent("tamsin", "name " + platform::toString(text));
+}
+
+id nameLabel(id, SEL) {
+  static id label = newInstance("TamsinNameLabel");
+  return label;
+}
+
+void setInfoForCurrentCalls(id self, SEL) {
+  platform::send<void>(platform::send<id>(self, Sel("nameLabel")), Sel("setText:"),
+                       platform::makeString(gCaller));
+}
 
 void launchAddressBookApp(id, SEL) {
   launchApplication(platform::makeString("com.apple.MobileAddressBook"));
@@ -18,18 +36,32 @@ id sharedController(id, SEL) {
   return controller;
 }
 
+id controller() {
+  return platform::sendClass<id>(platform::classNamed("TamsinControllerModern"),
+                                 Sel("sharedInstance"));
+}
+
+// tamsin-call NAME: a call from NAME comes in; Tamsin's screen shows it.
+Value callAction(const host::ActionRequest& request, std::string*) {
+  gCaller = request.args[0];
+  platform::send<void>(controller(), Sel("setInfoForCurrentCalls"));
+  return {};
+}
+
 // tamsin-contacts: tap the Contacts button of Tamsin's call screen.
 Value contactsAction(const host::ActionRequest&, std::string*) {
-  platform::send<void>(platform::sendClass<id>(platform::classNamed("TamsinControllerModern"),
-                                               Sel("sharedInstance")),
-                       Sel("launchAddressBookApp"));
+  platform::send<void>(controller(), Sel("launchAddressBookApp"));
   return {};
 }
 
 __attribute__((constructor)) void loadTamsin() {
+  defineClass("TamsinNameLabel", "NSObject", {{"setText:", imp(labelSetText), "v@:@"}});
   defineClass("TamsinControllerModern", "NSObject",
-              {{"launchAddressBookApp", imp(launchAddressBookApp), "v@:"}},
+              {{"nameLabel", imp(nameLabel), "@@:"},
+               {"setInfoForCurrentCalls", imp(setInfoForCurrentCalls), "v@:"},
+               {"launchAddressBookApp", imp(launchAddressBookApp), "v@:"}},
               {{"sharedInstance", imp(sharedController), "@@:"}});
+  host::registerAction("tamsin-call", callAction);
   host::registerAction("tamsin-contacts", contactsAction);
 }
 

@@ -129,6 +129,10 @@ inline char** environment() {
 #endif
 }
 
+#if defined(__APPLE__)
+extern "C" const char* getprogname(void);  // <stdlib.h>
+#endif
+
 // The name this process was started as, without its directory.
 inline const char* programName() {
 #if defined(__APPLE__)

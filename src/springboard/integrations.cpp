@@ -10,6 +10,8 @@
 #include "platform/hook.h"
 #include "platform/invocation.h"
 #include "platform/runtime.h"
+#include "processes/incall.h"
+#include "settings/notifications.h"
 #include "settings/settings.h"
 #include "springboard/gate.h"
 
@@ -27,6 +29,9 @@ const Sel kName("name");
 const Sel kIsShowing("isShowing");
 const Sel kLabel("label");
 const Sel kApplication("application");
+const Sel kSetText("setText:");
+const Sel kSharedInstance("sharedInstance");
+const Sel kSetInfoForCurrentCalls("setInfoForCurrentCalls");
 
 constexpr const char* kOwnSwitch = "net.quorvan.kavelin.switch";
 constexpr const char* kOwnListener = "net.quorvan.kavelin";
@@ -212,6 +217,22 @@ void tamsinLaunchAddressBook(id self, SEL cmd) {
   id contacts = platform::makeString(kContacts);
   if (isProtectedApp(contacts) && gatePasses() && holdBackCall(contacts, self, cmd)) return;
   platform::Hook<&tamsinLaunchAddressBook>::original(self, cmd);
+}
+
+void tamsinSetInfoForCurrentCalls(id self, SEL cmd) {
+  platform::Hook<&tamsinSetInfoForCurrentCalls>::original(self, cmd);
+  const auto& current = settings::current();
+  uint64_t state = settings::stateOf(settings::Note::kAllowInCallNames);
+  if (!current.enabled || !current.callerNameProtected || processes::namesAllowed(state)) return;
+  sendIfResponds(platform::valueForKeyIfPresent(self, "nameLabel"), kSetText,
+                 platform::makeString(processes::protectedText(state)));
+}
+
+void tamsinNamesChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
+                        CFDictionaryRef) {
+  Class tamsin = platform::classNamed("TamsinControllerModern");
+  if (tamsin == nullptr) return;
+  sendIfResponds(platform::sendClass<id>(tamsin, kSharedInstance), kSetInfoForCurrentCalls);
 }
 
 void frontDisplayDidChange(id self, SEL cmd, id display) {

@@ -7,6 +7,7 @@
 #pragma once
 
 #include "platform/foundation.h"
+#include "platform/functions.h"
 #include "platform/objc.h"
 
 namespace kv::springboard {
@@ -42,8 +43,14 @@ void mevrickDeactivateTo(id self, SEL cmd, id application, BOOL animated);
 void pennacSheetClicked(id self, SEL cmd, id sheet, platform::Integer index);
 BOOL launchApplicationWithIdentifier(id self, SEL cmd, id identifier, BOOL suspended);
 
-// Tamsin's call screen opens Contacts, which asks when Contacts is protected.
+// Tamsin's call screen opens Contacts, which asks when Contacts is protected;
+// its caller line shows the in-call screen's stand-in texts while caller
+// names are protected and the owner has not authenticated, and is redrawn
+// when that state changes.
 void tamsinLaunchAddressBook(id self, SEL cmd);
+void tamsinSetInfoForCurrentCalls(id self, SEL cmd);
+void tamsinNamesChanged(CFNotificationCenterRef center, void* observer, CFNotificationName name,
+                        const void* object, CFDictionaryRef userInfo);
 
 // Pellum returns to the previous app through SpringBoard's workspace event
 // queue with an event labelled "ActivatePellum"; the previous app is read

@@ -23,6 +23,7 @@
 #include "settings/feedback.h"
 #include "settings/notifications.h"
 #include "settings/settings.h"
+#include "springboard/integrations.h"
 #include "startup/flags.h"
 #include "startup/springboard_observers.h"
 #include "startup/table.h"
@@ -135,6 +136,10 @@ void springBoardSection() {
   _dyld_register_func_for_add_image(installIntegrations);
   if (fileExists("/Library/MobileSubstrate/DynamicLibraries/Pellum.dylib")) {
     installGroup(Group::kPellum);
+  }
+  if (fileExists("/Library/MobileSubstrate/DynamicLibraries/Tamsin7.dylib") &&
+      flags().isIOS8OrLater) {
+    observe(Note::kAllowInCallNames, springboard::tamsinNamesChanged);
   }
   if (flags().isIOS92OrLater) observe(Note::kFinishedStartup, startupFinished);
   if (flags().isIOS11) {

@@ -344,6 +344,8 @@ const Row kPennacRows[] = {
 };
 
 const Row kTamsinRows[] = {
+    replaced<&springboard::tamsinSetInfoForCurrentCalls>("TamsinControllerModern",
+                                                         "-setInfoForCurrentCalls"),
     replaced<&springboard::tamsinLaunchAddressBook>("TamsinControllerModern",
                                                     "-launchAddressBookApp"),
 };
