@@ -66,6 +66,8 @@ const ActionSpec kActions[] = {
      "Mevrick's gesture pulls its app switcher fully open; needs load-image Mevrick"},
     {"SpringBoard", "mevrick-button", 0, 0, "mevrick-button",
      "Mevrick's button opens its app switcher; needs load-image Mevrick"},
+    {"SpringBoard", "mevrick-card", 1, 1, "mevrick-card BUNDLE-ID",
+     "Mevrick's switcher draws the app's card with its last snapshot; needs load-image Mevrick"},
     {"SpringBoard", "mevrick-select", 1, 1, "mevrick-select BUNDLE-ID",
      "choose the app in Mevrick's open switcher: it launches; needs load-image Mevrick"},
     {"SpringBoard", "pellum", 1, 1, "pellum BUNDLE-ID",

@@ -1,6 +1,8 @@
 // Mevrick: an app switcher of its own. Its gesture opens it by a percentage
 // (fully at 1), its button activates it, and choosing an app leaves it for
 // that app.
+#include <map>
+
 #include "sim/extensions/extension.h"
 
 namespace kv::sim::extensions {
@@ -38,6 +40,35 @@ void deactivateTo(id, SEL, id application, BOOL) {
   launchApplication(platform::send<id>(application, Sel("bundleIdentifier")));
 }
 
+std::map<id, std::string>& cardApps() {
+  static auto* table = new std::map<id, std::string>();
+  return *table;
+}
+
+id cardApplication(id self, SEL) {
+  return platform::makeString(cardApps()[self]);
+}
+
+void cardSetImage(id self, SEL, id image) {
+  host::logEvent("mevrick", "card " + cardApps()[self] +
+                                (image == nullptr ? " empty" : " shows its snapshot"));
+}
+
+// mevrick-card BUNDLE-ID: Mevrick's switcher draws the app's card with the
+// app's last snapshot.
+Value cardAction(const host::ActionRequest& request, std::string*) {
+  static auto* cards = new std::map<std::string, id>();
+  id& card = (*cards)[request.args[0]];
+  if (card == nullptr) {
+    card = newInstance("MevrickApplicationView");
+    cardApps()[card] = request.args[0];
+  }
+  id snapshot = platform::sendClass<id>(platform::classNamed("NSObject"), Sel("new"));
+  platform::send<void>(card, Sel("setImage:"), snapshot);
+  platform::send<void>(snapshot, Sel("release"));
+  return {};
+}
+
 // mevrick-open: the gesture pulls the switcher fully open.
 Value openAction(const host::ActionRequest&, std::string*) {
   platform::send<void>(controller(), Sel("openWithPercentage:"), 1.0);
@@ -68,6 +99,10 @@ __attribute__((constructor)) void loadMevrick() {
                {"activateSwitcher:", imp(activateSwitcher), "v@:@"},
                {"deactivateSwitcherToApplication:animated:", imp(deactivateTo), "v@:@C"}},
               {{"sharedInstance", imp(sharedController), "@@:"}});
+  defineClass(
+      "MevrickApplicationView", "NSObject",
+      {{"application", imp(cardApplication), "@@:"}, {"setImage:", imp(cardSetImage), "v@:@"}});
+  host::registerAction("mevrick-card", cardAction);
   host::registerAction("mevrick-open", openAction);
   host::registerAction("mevrick-button", buttonAction);
   host::registerAction("mevrick-select", selectAction);

@@ -189,6 +189,15 @@ void mevrickDeactivateTo(id self, SEL cmd, id application, BOOL animated) {
   platform::Hook<&mevrickDeactivateTo>::original(self, cmd, application, animated);
 }
 
+void mevrickCardSetImage(id self, SEL cmd, id image) {
+  // The card stays empty rather than show what the app last displayed.
+  id identifier = identifierOf(platform::valueForKeyIfPresent(self, "application"));
+  if (settings::current().blurAppSwitcher && isProtectedApp(identifier) && gatePasses()) {
+    image = nullptr;
+  }
+  platform::Hook<&mevrickCardSetImage>::original(self, cmd, image);
+}
+
 void pennacSheetClicked(id self, SEL cmd, id sheet, platform::Integer index) {
   id identifier = identifierOf(sendIfResponds<id>(self, kApplication));
   if (isProtectedApp(identifier) && gatePasses() &&

@@ -36,6 +36,9 @@ void orrelIconTapped(id self, SEL cmd, id icon);
 void mevrickOpen(id self, SEL cmd, double percentage);
 void mevrickActivate(id self, SEL cmd, id sender);
 void mevrickDeactivateTo(id self, SEL cmd, id application, BOOL animated);
+// A card of Mevrick's switcher: a protected app's snapshot is not shown while
+// the switcher's cards are to be covered ("blurAppSwitcher").
+void mevrickCardSetImage(id self, SEL cmd, id image);
 
 // Pennac's sheet of actions on an app: a click asks when the sheet's app is
 // protected; otherwise, while the click is handled, a launch the sheet starts

@@ -336,6 +336,10 @@ const Row kMevrickRows[] = {
                                                 "-deactivateSwitcherToApplication:animated:"),
 };
 
+const Row kMevrickCardRows[] = {
+    replaced<&springboard::mevrickCardSetImage>("MevrickApplicationView", "-setImage:"),
+};
+
 const Row kPennacRows[] = {
     replaced<&springboard::pennacSheetClicked>("PennacSheetOwner",
                                                "-actionSheet:clickedButtonAtIndex:"),
@@ -376,6 +380,7 @@ const GroupRows kGroups[] = {
     {Group::kOrrelSwitcher, kOrrelSwitcherRows},
     {Group::kOrrelBar, kOrrelBarRows},
     {Group::kMevrick, kMevrickRows},
+    {Group::kMevrickCards, kMevrickCardRows},
     {Group::kPennac, kPennacRows},
     {Group::kTamsin, kTamsinRows},
 };
@@ -404,6 +409,7 @@ LateGroup gIntegrations[] = {
     {Group::kOrrelSwitcher, "OrrelSwitcherController", false},
     {Group::kOrrelBar, "OrrelBarView", false},
     {Group::kMevrick, "MevrickAppSwitcherController", false},
+    {Group::kMevrickCards, "MevrickApplicationView", false},
     {Group::kPennac, "PennacSheetOwner", false},
     {Group::kTamsin, "TamsinControllerModern", false},
 };

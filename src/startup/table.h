@@ -34,6 +34,7 @@ enum class Group {
   kOrrelSwitcher,
   kOrrelBar,
   kMevrick,
+  kMevrickCards,
   kPennac,
   kTamsin,
 };
