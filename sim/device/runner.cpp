@@ -3,8 +3,11 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <memory>
+#include <regex>
 #include <sstream>
 
 #include "sim/common/json.h"
@@ -42,7 +45,45 @@ const ActionSpec kActions[] = {
      "instance); ARGS is a JSON array of the arguments"},
     {"*", "load-image", 1, 1, "load-image NAME",
      "a library loads after start-up (another extension's, a late platform bundle): its classes "
-     "appear, then the image-added callbacks run"},
+     "appear, then the image-added callbacks run; the extensions Flipswitch, Zandor, Activator, "
+     "Orrel, Mevrick, Pellum, Pennac and Tamsin are libraries of their own"},
+    {"SpringBoard", "switch-press", 1, 2, "switch-press ID [private]",
+     "press the Flipswitch button of switch ID (private: a button of Flipswitch's own panel); "
+     "needs load-image Flipswitch"},
+    {"SpringBoard", "switch-hold", 1, 2, "switch-hold ID [private]",
+     "hold the Flipswitch button of switch ID: its settings open; needs load-image Flipswitch"},
+    {"SpringBoard", "zandor-tap", 1, 1, "zandor-tap ID",
+     "tap Zandor's button of switch ID; needs load-image Zandor"},
+    {"SpringBoard", "activator", 2, 2, "activator EVENT LISTENER",
+     "the Activator event EVENT happens (a gesture, libactivator.fingerprint-sensor.press.single, "
+     "...) with LISTENER assigned: an app's bundle identifier, switch-flip.ID or "
+     "net.quorvan.kavelin.switch, libactivator.system.show-switcher; needs load-image Activator"},
+    {"SpringBoard", "orrel-open", 0, 0, "orrel-open",
+     "Orrel's gesture opens its switcher; needs load-image Orrel"},
+    {"SpringBoard", "orrel-tap", 1, 1, "orrel-tap BUNDLE-ID",
+     "tap the app's icon in Orrel's bar: the app launches; needs load-image Orrel"},
+    {"SpringBoard", "mevrick-open", 0, 0, "mevrick-open",
+     "Mevrick's gesture pulls its app switcher fully open; needs load-image Mevrick"},
+    {"SpringBoard", "mevrick-button", 0, 0, "mevrick-button",
+     "Mevrick's button opens its app switcher; needs load-image Mevrick"},
+    {"SpringBoard", "mevrick-card", 1, 1, "mevrick-card BUNDLE-ID",
+     "Mevrick's switcher draws the app's card with its last snapshot; needs load-image Mevrick"},
+    {"SpringBoard", "mevrick-select", 1, 1, "mevrick-select BUNDLE-ID",
+     "choose the app in Mevrick's open switcher: it launches; needs load-image Mevrick"},
+    {"SpringBoard", "pellum", 1, 1, "pellum BUNDLE-ID",
+     "Pellum's gesture back to the previous app, which it shows as BUNDLE-ID: its "
+     "\"ActivatePellum\" event goes through SpringBoard's workspace event queue; needs "
+     "load-image Pellum"},
+    {"SpringBoard", "pennac", 2, 2, "pennac BUNDLE-ID BUTTON",
+     "long-press the app's icon and tap button BUTTON of Pennac's sheet: 0 Open, 1 Open in "
+     "Background, 2 Share with Messages; needs load-image Pennac"},
+    {"SpringBoard", "tamsin-call", 1, 1, "tamsin-call NAME",
+     "a call from NAME comes in: Tamsin's call screen takes the current calls' info and shows "
+     "the caller; needs load-image Tamsin"},
+    {"SpringBoard", "tamsin-contacts", 0, 0, "tamsin-contacts",
+     "tap the Contacts button of Tamsin's call screen; needs load-image Tamsin"},
+    {"*", "log-line", 1, -1, "log-line TEXT",
+     "code in the process writes TEXT through the library's line writer (to /tmp/syslog)"},
     {"*", "hold", 2, 2, "hold CLASS SELECTOR",
      "keep the next call of that instance method instead of running it, as a guard keeps a "
      "call for after authentication (arguments retained, blocks copied; the caller gets zero)"},
@@ -763,17 +804,25 @@ bool installedHolds(Runner& r, const Statement& s, std::string* seen) {
   auto report = askSpringBoard(r, "hooks", seen);
   if (!report) return false;
   std::string row = s.predicateArgs[0] + " " + s.predicateArgs[1];
-  bool late = s.predicateArgs.size() == 3;
+  bool late = false;
+  bool once = false;
+  for (size_t i = 2; i < s.predicateArgs.size(); ++i) {
+    late = late || s.predicateArgs[i] == "late";
+    once = once || s.predicateArgs[i] == "once";
+  }
+  int times = 0;
+  bool wanted = false;
   std::stringstream lines(report->asString());
   std::string line, found;
   while (std::getline(lines, line)) {
     if (line.find(" " + row) == std::string::npos) continue;
     found += (found.empty() ? "" : "; ") + line;
+    ++times;
     bool installed = line.rfind("installed " + row, 0) == 0 || line.rfind("added " + row, 0) == 0;
-    if (installed && (!late || line.find("(late") != std::string::npos)) return true;
+    wanted = wanted || (installed && (!late || line.find("(late") != std::string::npos));
   }
   *seen = found.empty() ? "the report does not name " + row : "the report says: " + found;
-  return false;
+  return wanted && (!once || times == 1);
 }
 
 bool runningHolds(Runner& r, const Statement& s, std::string* seen) {
@@ -856,9 +905,42 @@ bool airplaneHolds(Runner& r, const Statement& s, std::string* seen) {
   return on == (s.predicateArgs[0] == "on");
 }
 
+// file PATH [exists | contains "TEXT" | matches "REGEX"]: the file exists
+// (and its content holds TEXT, or a line of it matches REGEX whole).
 bool fileHolds(Runner& r, const Statement& s, std::string* seen) {
   *seen = s.predicateArgs[0] + " does not exist";
-  return r.device().fileExists(s.predicateArgs[0]);
+  if (!r.device().fileExists(s.predicateArgs[0])) return false;
+  if (s.predicateArgs.size() < 3) return true;
+  std::ifstream in(r.device().realPath(s.predicateArgs[0]), std::ios::binary);
+  std::stringstream content;
+  content << in.rdbuf();
+  const std::string text = content.str();
+  *seen = s.predicateArgs[0] + " reads: " + text;
+  if (s.predicateArgs[1] == "contains") return text.find(s.predicateArgs[2]) != std::string::npos;
+  std::regex pattern(s.predicateArgs[2]);
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    if (std::regex_match(line, pattern)) return true;
+  }
+  return false;
+}
+
+// files DIR N [TEXT]: the device's folder DIR holds N entries (whose names
+// contain TEXT).
+bool filesHolds(Runner& r, const Statement& s, std::string* seen) {
+  std::error_code ec;
+  std::string names;
+  int count = 0;
+  std::string text = s.predicateArgs.size() > 2 ? s.predicateArgs[2] : "";
+  for (const auto& entry :
+       std::filesystem::directory_iterator(r.device().realPath(s.predicateArgs[0]), ec)) {
+    std::string name = entry.path().filename().string();
+    if (name.find(text) == std::string::npos) continue;
+    ++count;
+    names += (names.empty() ? "" : ", ") + name;
+  }
+  *seen = std::to_string(count) + " entries: " + names;
+  return std::to_string(count) == s.predicateArgs[1];
 }
 
 const std::vector<PredicateSpec>& predicates() {
@@ -891,11 +973,17 @@ const std::vector<PredicateSpec>& predicates() {
        "a system alert other than the Kavelin prompt is visible, with that title, and a message "
        "containing TEXT",
        alertHolds},
-      {"file", 1, 2, "file PATH [exists]", "that file exists on the device", fileHolds},
+      {"file", 1, 3, "file PATH [exists | contains \"TEXT\" | matches \"REGEX\"]",
+       "that file exists on the device (and its content contains TEXT / one of its lines "
+       "matches the regular expression REGEX whole)",
+       fileHolds},
+      {"files", 2, 3, "files DIR N [\"TEXT\"]",
+       "the device's folder DIR holds N entries (whose names contain TEXT)", filesHolds},
       {"running", 1, 1, "running PROCESS", "the process is alive", runningHolds},
-      {"installed", 2, 3, "installed CLASS SELECTOR [late]",
+      {"installed", 2, 4, "installed CLASS SELECTOR [late] [once]",
        "SpringBoard's install report has that row installed (late: when its class came after "
-       "start-up, with the image that brought it); SELECTOR as -sel or +sel",
+       "start-up, with the image that brought it; once: and names the row only once); SELECTOR "
+       "as -sel or +sel",
        installedHolds},
       {"power", 1, 1, "power off|reboot|respring",
        "the device powered off, rebooted, or SpringBoard restarted, in the current window",
@@ -989,8 +1077,17 @@ std::optional<ParseError> validateScenario(const Scenario& scenario) {
           s.predicateArgs[0] != "hidden") {
         return fail("expected " + std::string(p->usage));
       }
-      if (s.predicate == "file" && n == 2 && s.predicateArgs[1] != "exists") {
+      if (s.predicate == "file" && ((n == 2 && s.predicateArgs[1] != "exists") ||
+                                    (n == 3 && s.predicateArgs[1] != "contains" &&
+                                     s.predicateArgs[1] != "matches"))) {
         return fail("expected " + std::string(p->usage));
+      }
+      if (s.predicate == "file" && n == 3 && s.predicateArgs[1] == "matches") {
+        try {
+          std::regex pattern(s.predicateArgs[2]);
+        } catch (const std::regex_error& e) {
+          return fail(std::string("not a regular expression: ") + e.what());
+        }
       }
       if (s.predicate == "pref") {
         const std::string& key = s.predicateArgs[0];

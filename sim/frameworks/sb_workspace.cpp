@@ -181,6 +181,7 @@ void bringToFront(const std::string& bundleIdentifier) {
   if (state.front == bundleIdentifier) return;
   state.front = bundleIdentifier;
   host::logEvent("front", bundleIdentifier);
+  announceFrontDisplay(bundleIdentifier);
   noteScreenChanged();
 }
 

@@ -50,6 +50,7 @@ void defineSharedClasses() {
   addURLOpens(application);
   addApplicationLaunch(application);
   addPowerActions(application);
+  addFrontDisplayChange(application);
   application.build();
 }
 
@@ -71,6 +72,7 @@ void defineSpringBoard() {
   defineSpringBoardPower();
   defineSpringBoardSystem();
   defineSpringBoardControlCenter();
+  defineSpringBoardEventQueue();
   defineSharedClasses();
   defineSpringBoardBiometrics();
 }

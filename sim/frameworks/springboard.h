@@ -155,6 +155,11 @@ void defineSpringBoardBiometrics();
 void defineSpringBoardPower();
 void defineSpringBoardSystem();
 void defineSpringBoardControlCenter();
+void defineSpringBoardEventQueue();
+// SpringBoard's own frontDisplayDidChange:, added to its class.
+void addFrontDisplayChange(host::ClassBuilder& springBoardClass);
+// SpringBoard tells itself the new front display (an app, or nil for home).
+void announceFrontDisplay(const std::string& bundleIdentifier);
 void startSpringBoard();
 
 // Methods that modules give the classes several of them share, before

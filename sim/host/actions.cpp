@@ -210,9 +210,13 @@ Value::Dictionary runAction(const Value& command) {
   }
   std::string error;
   Value result;
-  {
+  try {
     platform::AutoreleasePool pool;
     result = it->second(request, &error);
+  } catch (...) {
+    // An exception nobody caught: a device would end the process; here the
+    // scenario goes on, and the timeline says what happened.
+    logEvent("exception", "uncaught, from " + request.name);
   }
   runDue();
   if (!error.empty()) return {{"error", Value::string(error)}};

@@ -23,6 +23,7 @@ namespace kv::sim::host {
 void defineMessagingCenter();
 void defineProbe();
 void registerImageActions();
+void registerDiagnosticActions();
 }  // namespace kv::sim::host
 
 namespace {
@@ -74,6 +75,7 @@ int main(int argc, char** argv) {
   host::attachToDevice(std::atoi(argv[1] + 5));
   host::registerCoreCommands();
   host::registerImageActions();
+  host::registerDiagnosticActions();
   host::registerHoldActions();
   kv::sim::render::registerSceneQuery();  // what it shows, for pictures of the screen
   // What the library installed in this process, as it reports it.

@@ -1,6 +1,10 @@
 // Libraries that load after start-up: another extension's library, or a
 // platform bundle loaded late. Loading one defines its classes, then tells
 // every image-added callback, as the dynamic loader does on a device.
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <climits>
 #include <functional>
 #include <map>
 #include <string>
@@ -19,10 +23,12 @@ namespace {
 
 using platform::Value;
 
-const char* describeSelf(id self, SEL) { return platform::classNameOf(self); }
+const char* describeSelf(id self, SEL) {
+  return platform::classNameOf(self);
+}
 
-// The images a scenario can load, and the classes each one defines. The
-// extensions the library integrates with add their rows here.
+// The images a scenario can load whose classes the host defines itself;
+// any other name is an extension's library (loadExtensionLibrary).
 const std::map<std::string, std::function<void()>>& images() {
   static const auto* table = new std::map<std::string, std::function<void()>>{
       {"SimTestImage",
@@ -40,6 +46,29 @@ std::map<std::string, bool>& loaded() {
   return *set;
 }
 
+// Another extension's own library, built beside this host: its
+// constructor defines its classes. False with *error when there is none.
+bool loadExtensionLibrary(const std::string& name, std::string* error) {
+  char self[PATH_MAX];
+  ssize_t n = readlink("/proc/self/exe", self, sizeof self - 1);
+  if (n <= 0) {
+    *error = "cannot find the host's own directory";
+    return false;
+  }
+  std::string path(self, static_cast<size_t>(n));
+  path = path.substr(0, path.find_last_of('/') + 1) + "libextension-" + name + ".so";
+  if (access(path.c_str(), R_OK) != 0) {
+    *error = "no image " + name + " on this device";
+    return false;
+  }
+  if (dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL) == nullptr) {
+    const char* why = dlerror();
+    *error = "image " + name + " did not load: " + (why != nullptr ? why : "unknown");
+    return false;
+  }
+  return true;
+}
+
 // load-image NAME: the image's classes appear, then the callbacks run.
 Value loadImage(const ActionRequest& request, std::string* error) {
   if (request.args.size() != 1) {
@@ -47,14 +76,14 @@ Value loadImage(const ActionRequest& request, std::string* error) {
     return {};
   }
   const std::string& name = request.args[0];
+  if (loaded()[name]) return Value::string("already loaded");
   auto it = images().find(name);
-  if (it == images().end()) {
-    *error = "no image " + name + " on this device";
+  if (it != images().end()) {
+    it->second();
+  } else if (!loadExtensionLibrary(name, error)) {
     return {};
   }
-  if (loaded()[name]) return Value::string("already loaded");
   loaded()[name] = true;
-  it->second();
   logEvent("image", "loaded " + name);
   announceImageAdded();
   return {};
@@ -62,6 +91,8 @@ Value loadImage(const ActionRequest& request, std::string* error) {
 
 }  // namespace
 
-void registerImageActions() { registerAction("load-image", loadImage); }
+void registerImageActions() {
+  registerAction("load-image", loadImage);
+}
 
 }  // namespace kv::sim::host

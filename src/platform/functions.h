@@ -7,7 +7,9 @@
 #include <spawn.h>
 #include <sys/utsname.h>
 
+#include <cerrno>
 #include <cstdint>
+#include <cstdlib>
 
 #include "platform/objc.h"
 
@@ -132,6 +134,19 @@ inline char** environment() {
   return *_NSGetEnviron();
 #else
   return ::environ;
+#endif
+}
+
+#if defined(__APPLE__)
+extern "C" const char* getprogname(void);  // <stdlib.h>
+#endif
+
+// The name this process was started as, without its directory.
+inline const char* programName() {
+#if defined(__APPLE__)
+  return getprogname();
+#else
+  return program_invocation_short_name;
 #endif
 }
 

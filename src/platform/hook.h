@@ -67,6 +67,46 @@ struct Hook<F> {
   }
 };
 
+// A variadic platform method (`+raise:format:`): F takes the fixed arguments
+// and then `...`. The variadic part cannot be passed on as it came, so the
+// replacement passes its own through original, which calls the saved
+// implementation as the variadic function it is. The encoding covers the
+// fixed arguments, as the platform's does.
+template <typename R, typename... A, R (*F)(id, SEL, A..., ...)>
+struct Hook<F> {
+  static inline HookSlots slots;
+
+  // An inherited variadic method cannot be reached through super with its
+  // variadic part; the superclass's implementation is called directly.
+  static R superStub(id self, SEL cmd, A... args, ...) {
+    IMP imp = class_getMethodImplementation(slots.superclass, cmd);
+    if constexpr (std::is_void_v<R>) {
+      reinterpret_cast<R (*)(id, SEL, A...)>(imp)(self, cmd, args...);
+    } else {
+      return reinterpret_cast<R (*)(id, SEL, A...)>(imp)(self, cmd, args...);
+    }
+  }
+
+  template <typename... V>
+  static R original(id self, SEL cmd, A... args, V... variadic) {
+    if (slots.saved == nullptr) {
+      if constexpr (std::is_void_v<R>) {
+        return;
+      } else {
+        return R{};
+      }
+    }
+    return reinterpret_cast<R (*)(id, SEL, A..., ...)>(slots.saved)(self, cmd, args...,
+                                                                    variadic...);
+  }
+
+  static const HookInfo& info() {
+    static const HookInfo kInfo{reinterpret_cast<IMP>(F), reinterpret_cast<IMP>(&superStub),
+                                methodEncoding<R, A...>(), &slots};
+    return kInfo;
+  }
+};
+
 // A method the library adds to a platform class: its implementation F.
 template <auto F>
 struct Addition {

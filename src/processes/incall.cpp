@@ -54,16 +54,6 @@ CallerProtection& protection() {
   return p;
 }
 
-// The name line that stands in for the caller while the call is protected.
-const char* protectedText(uint64_t state) {
-  switch (state) {
-    case kAuthenticating: return "--- Authenticating ---";
-    case kFailed:
-      return startup::flags().isIOS10OrLater ? "--- Failed ---" : "--- Authentication Failed ---";
-    default: return "--- Kavelined ---";
-  }
-}
-
 // True iff the caller's name and photo must not show now.
 bool callProtected() {
   CallerProtection& p = protection();
@@ -85,6 +75,19 @@ bool callProtected() {
 }
 
 }  // namespace
+
+const char* protectedText(uint64_t state) {
+  switch (state) {
+    case kAuthenticating: return "--- Authenticating ---";
+    case kFailed:
+      return startup::flags().isIOS10OrLater ? "--- Failed ---" : "--- Authentication Failed ---";
+    default: return "--- Kavelined ---";
+  }
+}
+
+bool namesAllowed(uint64_t state) {
+  return state == kNamesAllowed;
+}
 
 void loadCallerSettings() {
   CallerProtection& p = protection();

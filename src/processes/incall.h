@@ -2,6 +2,8 @@
 // stay hidden for an incoming call until SpringBoard reports a match.
 #pragma once
 
+#include <cstdint>
+
 #include "platform/functions.h"
 #include "platform/objc.h"
 
@@ -10,6 +12,13 @@ namespace kv::processes {
 // Reads whether protection and caller-name protection are on, as this
 // process sees them; the observer of "net.quorvan.kavelin.prefsChanged" and
 // "net.quorvan.kavelin.CallerIDHandling".
+// The name line that stands in for the caller while the call is protected,
+// for the state of "net.quorvan.kavelin.allowInCallNames".
+const char* protectedText(uint64_t state);
+
+// True iff that state says the owner has authenticated: names may show.
+bool namesAllowed(uint64_t state);
+
 void loadCallerSettings();
 void callerSettingsChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                            CFDictionaryRef);

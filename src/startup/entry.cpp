@@ -24,6 +24,7 @@
 #include "settings/feedback.h"
 #include "settings/notifications.h"
 #include "settings/settings.h"
+#include "springboard/integrations.h"
 #include "startup/flags.h"
 #include "startup/springboard_observers.h"
 #include "startup/table.h"
@@ -133,8 +134,14 @@ void springBoardSection() {
   observe(Note::kPrefsChanged, settings::settingsChanged);
   observe(Note::kHapticChanged, settings::hapticChanged);
   observe(Note::kVibrationChanged, settings::vibrationChanged);
+  // Other extensions load after this library; their classes are met as they come.
+  _dyld_register_func_for_add_image(installIntegrations);
   if (fileExists("/Library/MobileSubstrate/DynamicLibraries/Pellum.dylib")) {
     installGroup(Group::kPellum);
+  }
+  if (fileExists("/Library/MobileSubstrate/DynamicLibraries/Tamsin7.dylib") &&
+      flags().isIOS8OrLater) {
+    observe(Note::kAllowInCallNames, springboard::tamsinNamesChanged);
   }
   if (flags().isIOS92OrLater) observe(Note::kFinishedStartup, startupFinished);
   if (flags().isIOS11) {

@@ -12,6 +12,7 @@
 #include "prompt/passcode_field_hooks.h"
 #include "springboard/control_center.h"
 #include "springboard/folders.h"
+#include "springboard/integrations.h"
 #include "springboard/launch_agent.h"
 #include "springboard/launch_icons.h"
 #include "springboard/launch_other.h"
@@ -22,6 +23,7 @@
 #include "springboard/system_actions.h"
 #include "springboard/system_power.h"
 #include "startup/additions.h"
+#include "startup/diagnostics.h"
 #include "startup/second_stage.h"
 
 namespace kv::startup {
@@ -38,8 +40,8 @@ constexpr auto kPrefs = processes::Family::kPrefs;  // iOS 8's own Settings clas
 constexpr auto kPSUI = processes::Family::kPSUI;    // PreferencesUI's, from iOS 9
 
 const Row kAllProcessesRows[] = {
-    pendingRow("NSException", "+raise:format:"),
-    pendingRow("NSException", "-initWithName:reason:userInfo:"),
+    replaced<&exceptionRaise>("NSException", "+raise:format:"),
+    replaced<&exceptionInit>("NSException", "-initWithName:reason:userInfo:"),
     added<&objectOfClass>("NSArray", "-_kv_objectOfClass:", "@:@"),
 };
 
@@ -299,13 +301,78 @@ const Row kSpringBoardRows[] = {
 };
 
 const Row kPellumRows[] = {
-    pendingRow("SBWorkspaceEventQueue", "-executeOrAppendEvent:"),
+    replaced<&springboard::executeOrAppendEvent>("SBWorkspaceEventQueue", "-executeOrAppendEvent:"),
     replaced<&springboard::frontDisplayDidChange>("SpringBoard", "-frontDisplayDidChange:"),
 };
 
 const Row kBiometricKitRows[] = {
     replaced<&core::removeIdentity>("BiometricKit", "-removeIdentity:"),
     replaced<&core::updateIdentity>("BiometricKit", "-updateIdentity:"),
+};
+
+const Row kFlipswitchRows[] = {
+    replaced<&springboard::flipswitchPressed>("FSSwitchButton", "-_pressed"),
+    replaced<&springboard::flipswitchHeld>("FSSwitchButton", "-_held"),
+};
+
+const Row kPrivateFlipswitchRows[] = {
+    replaced<&springboard::privateFlipswitchPressed>("_FSSwitchButton", "-_pressed"),
+    replaced<&springboard::privateFlipswitchHeld>("_FSSwitchButton", "-_held"),
+};
+
+const Row kZandorRows[] = {
+    replaced<&springboard::zandorTapped>("ZandorFlipswitchButton", "-tapped"),
+};
+
+const Row kActivatorApplicationRows[] = {
+    replaced<&springboard::activatorActivateApplication>("LAApplicationListener",
+                                                         "-activateApplication:"),
+};
+
+const Row kActivatorSwitchRows[] = {
+    replaced<&springboard::activatorSwitchEvent>("LASwitchListener",
+                                                 "-activator:receiveEvent:forListenerName:"),
+};
+
+const Row kActivatorRows[] = {
+    replaced<&springboard::activatorSendEvent>("LAActivator", "-sendEventToListener:"),
+};
+
+const Row kActivatorSimpleRows[] = {
+    replaced<&springboard::activatorActivateSwitcher>("LASimpleListener", "-activateSwitcher"),
+};
+
+const Row kOrrelSwitcherRows[] = {
+    replaced<&springboard::orrelShowSwitcher>("OrrelSwitcherController", "-showSwitcher"),
+};
+
+const Row kOrrelBarRows[] = {
+    replaced<&springboard::orrelIconTapped>("OrrelBarView", "-iconTapped:"),
+};
+
+const Row kMevrickRows[] = {
+    replaced<&springboard::mevrickOpen>("MevrickAppSwitcherController", "-openWithPercentage:"),
+    replaced<&springboard::mevrickActivate>("MevrickAppSwitcherController", "-activateSwitcher:"),
+    replaced<&springboard::mevrickDeactivateTo>("MevrickAppSwitcherController",
+                                                "-deactivateSwitcherToApplication:animated:"),
+};
+
+const Row kMevrickCardRows[] = {
+    replaced<&springboard::mevrickCardSetImage>("MevrickApplicationView", "-setImage:"),
+};
+
+const Row kPennacRows[] = {
+    replaced<&springboard::pennacSheetClicked>("PennacSheetOwner",
+                                               "-actionSheet:clickedButtonAtIndex:"),
+    replaced<&springboard::launchApplicationWithIdentifier>(
+        "SpringBoard", "-launchApplicationWithIdentifier:suspended:"),
+};
+
+const Row kTamsinRows[] = {
+    replaced<&springboard::tamsinSetInfoForCurrentCalls>("TamsinControllerModern",
+                                                         "-setInfoForCurrentCalls"),
+    replaced<&springboard::tamsinLaunchAddressBook>("TamsinControllerModern",
+                                                    "-launchAddressBookApp"),
 };
 
 struct GroupRows {
@@ -324,6 +391,19 @@ const GroupRows kGroups[] = {
     {Group::kSpringBoard, kSpringBoardRows},
     {Group::kPellum, kPellumRows},
     {Group::kBiometricKit, kBiometricKitRows},
+    {Group::kFlipswitch, kFlipswitchRows},
+    {Group::kPrivateFlipswitch, kPrivateFlipswitchRows},
+    {Group::kZandor, kZandorRows},
+    {Group::kActivatorApplication, kActivatorApplicationRows},
+    {Group::kActivatorSwitch, kActivatorSwitchRows},
+    {Group::kActivator, kActivatorRows},
+    {Group::kActivatorSimple, kActivatorSimpleRows},
+    {Group::kOrrelSwitcher, kOrrelSwitcherRows},
+    {Group::kOrrelBar, kOrrelBarRows},
+    {Group::kMevrick, kMevrickRows},
+    {Group::kMevrickCards, kMevrickCardRows},
+    {Group::kPennac, kPennacRows},
+    {Group::kTamsin, kTamsinRows},
 };
 
 // A group whose class may load after the library: installed the first time
@@ -336,6 +416,23 @@ struct LateGroup {
 
 LateGroup gLateGroups[] = {
     {Group::kBiometricKit, "BiometricKit", false},
+};
+
+// Other extensions' integrations: the class whose appearance installs each.
+LateGroup gIntegrations[] = {
+    {Group::kFlipswitch, "FSSwitchButton", false},
+    {Group::kPrivateFlipswitch, "_FSSwitchButton", false},
+    {Group::kZandor, "ZandorFlipswitchButton", false},
+    {Group::kActivatorApplication, "LAApplicationListener", false},
+    {Group::kActivatorSwitch, "LASwitchListener", false},
+    {Group::kActivator, "LAActivator", false},
+    {Group::kActivatorSimple, "LASimpleListener", false},
+    {Group::kOrrelSwitcher, "OrrelSwitcherController", false},
+    {Group::kOrrelBar, "OrrelBarView", false},
+    {Group::kMevrick, "MevrickAppSwitcherController", false},
+    {Group::kMevrickCards, "MevrickApplicationView", false},
+    {Group::kPennac, "PennacSheetOwner", false},
+    {Group::kTamsin, "TamsinControllerModern", false},
 };
 
 std::vector<platform::InstallRecord>& report() {
@@ -401,6 +498,19 @@ void installLateGroups(const struct mach_header*, intptr_t) {
     installGroup(late.group);
   }
   if (gStartupComplete) installRowsOfLateClasses();
+}
+
+void installIntegrations(const struct mach_header*, intptr_t) {
+  // These extensions hook SpringBoard alone; a process without it has none of their paths.
+  if (platform::classNamed("SpringBoard") == nullptr) return;
+  for (LateGroup& integration : gIntegrations) {
+    if (integration.installed || platform::classNamed(integration.className) == nullptr) continue;
+    integration.installed = true;
+    for (auto record : platform::installRows(rowsOf(integration.group))) {
+      record.lateImage = gStartupComplete ? gLateImages : 0;
+      report().push_back(record);
+    }
+  }
 }
 
 void startupComplete() {

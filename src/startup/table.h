@@ -23,6 +23,20 @@ enum class Group {
   kSpringBoard,
   kPellum,
   kBiometricKit,  // the biometric manager, installed when its class is found
+  // Other extensions' classes, each installed when its class is found.
+  kFlipswitch,
+  kPrivateFlipswitch,
+  kZandor,
+  kActivatorApplication,
+  kActivatorSwitch,
+  kActivator,
+  kActivatorSimple,
+  kOrrelSwitcher,
+  kOrrelBar,
+  kMevrick,
+  kMevrickCards,
+  kPennac,
+  kTamsin,
 };
 
 // The rows of a group, in installation order.
@@ -44,6 +58,11 @@ void installGroup(Group group);
 // because its class was missing once the class exists. Registered with the
 // loader by start-up, which counts the images added after it.
 void installLateGroups(const struct mach_header* image, intptr_t slide);
+
+// On each image the loader adds: installs the rows of every other
+// extension's integration whose class has now appeared in SpringBoard, once.
+// Registered with the loader by SpringBoard's start-up.
+void installIntegrations(const struct mach_header* image, intptr_t slide);
 
 // Start-up is over: images added from now on are late ones.
 void startupComplete();
