@@ -348,11 +348,11 @@ TEST(CatalogTest, SingletonAccessorsAnswerOneSharedInstance) {
 
   // A chain through the shared instance reaches a recorded call.
   testing::internal::CaptureStderr();
-  id queue = sendClass<id>(classNamed("SBWorkspaceEventQueue"), Sel("sharedInstance"));
-  send<void>(queue, Sel("executeOrAppendEvent:"), id{nullptr});
+  id backlight = sendClass<id>(classNamed("SBBacklightController"), Sel("sharedInstance"));
+  EXPECT_EQ(send<double>(backlight, Sel("defaultLockScreenDimInterval")), 0.0);
   std::string log = testing::internal::GetCapturedStderr();
-  EXPECT_NE(log.find("call SBWorkspaceEventQueue +sharedInstance\n"), std::string::npos) << log;
-  EXPECT_NE(log.find("call SBWorkspaceEventQueue -executeOrAppendEvent:\n"), std::string::npos)
+  EXPECT_NE(log.find("call SBBacklightController -defaultLockScreenDimInterval\n"),
+            std::string::npos)
       << log;
 }
 
