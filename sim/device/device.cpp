@@ -548,7 +548,8 @@ void Device::lost(Host& host, const std::string& why) {
   std::ifstream err(std::filesystem::path(root_).parent_path() / (host.name + ".stderr"));
   std::string line, said;
   while (std::getline(err, line)) {
-    if (line.find("ERROR:") != std::string::npos || line.find("exception") != std::string::npos) {
+    if (line.find("ERROR:") != std::string::npos || line.find("exception") != std::string::npos ||
+        line.find("runtime error:") != std::string::npos) {
       said = line;
     }
   }

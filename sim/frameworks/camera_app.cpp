@@ -70,7 +70,7 @@ void wellAddTarget(id self, SEL, id target, SEL action, unsigned long) {
 }
 void wellSendActions(id self, SEL, unsigned long events) {
   const WellState& w = stateOf<WellState>(self);
-  if ((events & kTouchUpInside) != 0 && w.target != nullptr) send<void>(w.target, w.action, self);
+  if ((events & kTouchUpInside) != 0 && w.target != nullptr) sendAction(w.target, w.action, self);
 }
 
 // ---- UIPreviewInteractionController ----

@@ -125,6 +125,10 @@ id iconDisplayName(id self, SEL) {
 id iconDisplayNameForLocation(id self, SEL cmd, long) {
   return iconDisplayName(self, cmd);
 }
+// Until iOS 11 the location is an int.
+id iconDisplayNameForIntLocation(id self, SEL cmd, int location) {
+  return iconDisplayNameForLocation(self, cmd, location);
+}
 id iconFolder(id self, SEL) {
   return stateOf<IconState>(self).folder.get();
 }
@@ -352,7 +356,8 @@ void menuButtonUp(id, SEL, void*) {
 void defineIcons() {
   ClassBuilder icon("SBIcon", "NSObject");
   icon.instance("displayName", imp(iconDisplayName), "@@:");
-  addCatalogued(icon, "-displayNameForLocation:", imp(iconDisplayNameForLocation));
+  addCatalogued(icon, "-displayNameForLocation:",
+                atLeast(11) ? imp(iconDisplayNameForLocation) : imp(iconDisplayNameForIntLocation));
   icon.build();
   ClassBuilder("SBApplicationIcon", "SBIcon")
       .instance("application", imp(iconApplication), "@@:")

@@ -20,6 +20,10 @@ KV_STRUCT_ENCODING(CATransform3D, "{CATransform3D=dddddddddddddddd}");
 
 namespace kv::sim::frameworks {
 
+// Sends a target-action message as UIKit does: with the sender when the
+// action takes an argument ("action:"), without one otherwise.
+void sendAction(id target, SEL action, id sender);
+
 // The modules' class definitions, called by defineFrameworks in this order.
 void defineUIKit();
 void defineAlertViews();

@@ -109,7 +109,7 @@ void recognizeGesture(id recognizer) {
   Retained keep(recognizer);
   stateOf<GestureState>(recognizer).state = kRecognized;
   auto targets = stateOf<GestureState>(recognizer).targets;
-  for (auto& [target, action] : targets) send<void>(target, action, recognizer);
+  for (auto& [target, action] : targets) sendAction(target, action, recognizer);
   stateOf<GestureState>(recognizer).state = 0;
 }
 

@@ -2,6 +2,7 @@
 // tracking that ends in touch-up-inside or is cancelled, and the selected
 // and highlighted states; and UITouch and UIEvent, which touches carry.
 #include <algorithm>
+#include <string_view>
 #include <vector>
 
 #include "platform/foundation.h"
@@ -65,7 +66,7 @@ id allTargets(id self, SEL) {
 void sendActionsForControlEvents(id self, SEL, UInteger events) {
   std::vector<Target> targets = controlOf(self).targets;
   for (const Target& t : targets) {
-    if ((t.events & events) != 0) send<void>(t.target, t.action, self);
+    if ((t.events & events) != 0) sendAction(t.target, t.action, self);
   }
 }
 
@@ -129,6 +130,15 @@ void defineUIKitTargetAction() {
   ClassBuilder("UIButton", "UIControl").build();
   ClassBuilder("UITouch", "NSObject").build();
   ClassBuilder("UIEvent", "NSObject").build();
+}
+
+void sendAction(id target, SEL action, id sender) {
+  std::string_view name = platform::selectorName(action);
+  if (!name.empty() && name.back() == ':') {
+    platform::send<void>(target, action, sender);
+  } else {
+    platform::send<void>(target, action);
+  }
 }
 
 }  // namespace kv::sim::frameworks

@@ -27,7 +27,9 @@ int tokenFor(id name) {
 }
 
 // Loses `bytes` of memory on purpose: a leak for the sanitizer run to find.
-void* gLastLeak = nullptr;
+// Written through a volatile slot, so that the compiler keeps the
+// allocation and the only pointer to it is really lost.
+void* volatile gLastLeak = nullptr;
 void leak(id, SEL, id bytes) {
   auto n = platform::integerOf(bytes).value_or(0);
   gLastLeak = std::malloc(static_cast<size_t>(n > 0 ? n : 1));

@@ -118,7 +118,12 @@ void handleEvent(id self, long code) {
   if (code != matchEvent()) return;
   Retained keep(self);
   if (platform::respondsTo(manager, kUnlock)) {
-    send<void>(manager, kUnlock, unlockSource(), id{nullptr});
+    // The manager's unlock answers a BOOL from iOS 10 on, nothing before.
+    if (startup::flags().isIOS10OrLater) {
+      send<BOOL>(manager, kUnlock, unlockSource(), id{nullptr});
+    } else {
+      send<void>(manager, kUnlock, unlockSource(), id{nullptr});
+    }
   }
   stopMatching(self, nullptr);
 }

@@ -248,7 +248,7 @@ void lockButtonSinglePress(id self, SEL cmd, id event) {
   platform::Hook<&lockButtonSinglePress>::original(self, cmd, event);
 }
 
-void mesaObserveEvent(id self, SEL cmd, id resource, unsigned long long event) {
+void mesaObserveEvent(id self, SEL cmd, id resource, long event) {
   platform::Hook<&mesaObserveEvent>::original(self, cmd, resource, event);
   if (event == kLockScreenMatch) launchState().lockScreenMatch = true;
 }

@@ -17,7 +17,7 @@ void lockUI(id self, SEL cmd, int source, id options);
 // -[SBLockHardwareButton singlePress:]
 void lockButtonSinglePress(id self, SEL cmd, id event);
 // -[SBLockScreenMesaCoordinator biometricResource:observeEvent:]
-void mesaObserveEvent(id self, SEL cmd, id resource, unsigned long long event);
+void mesaObserveEvent(id self, SEL cmd, id resource, long event);
 // -[SBLockScreenManager _bioAuthenticated:]
 void bioAuthenticated(id self, SEL cmd, id event);
 // -[SBUIBiometricResource isMatchingEnabled], isMatchingAllowed,

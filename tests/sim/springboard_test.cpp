@@ -132,7 +132,7 @@ TEST(SpringBoardTest, AForcePressedIconIsFoundUnderTheIconControllersKey) {
   becomeSpringBoard("11.1");
   platform::AutoreleasePool pool;
   replace("SBUIIconForceTouchViewController", "presentAnimated:withCompletionHandler:",
-          reinterpret_cast<IMP>(+[](id, SEL, BOOL, id) {}));
+          reinterpret_cast<IMP>(+[](id, SEL, BOOL, id) -> BOOL { return 0; }));
   std::string error;
   ASSERT_TRUE(forceTouchIcon("com.quorvan.notesplus", &error)) << error;
   EXPECT_EQ(springBoard().shortcutMenu, "") << "nothing shows while the presentation is held";
