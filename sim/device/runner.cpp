@@ -639,6 +639,24 @@ bool switcherHolds(Runner& r, const Statement& s, std::string* seen) {
   return s.predicateArgs.empty() || wanted == items;
 }
 
+// covered BUNDLE-ID [text]: the switcher shows that app's card hidden (with
+// the text over its blur).
+bool coveredHolds(Runner& r, const Statement& s, std::string* seen) {
+  std::string error;
+  auto looks = r.device().query("SpringBoard", "covered", {s.predicateArgs[0]}, &error);
+  if (!looks) {
+    *seen = error;
+    return false;
+  }
+  if (!(*looks)["card"].asBool()) {
+    *seen = "the switcher shows no card of " + s.predicateArgs[0];
+    return false;
+  }
+  *seen = "card " + s.predicateArgs[0] + ": " + (*looks)["details"].asString();
+  bool wantText = s.predicateArgs.size() > 1;
+  return (*looks)["covered"].asBool() && (!wantText || (*looks)["text"].asBool());
+}
+
 // shown BUNDLE-ID N: the notification list in view shows N of that app.
 bool shownHolds(Runner& r, const Statement& s, std::string* seen) {
   std::string error;
@@ -1013,6 +1031,11 @@ const std::vector<PredicateSpec>& predicates() {
       {"summary", 0, 1, "summary [\"TEXT\"]",
        "the summary notification is on the lock screen and its message contains TEXT",
        summaryHolds},
+      {"covered", 1, 2, "covered BUNDLE-ID [text]",
+       "the switcher shows that app's card hidden: under the blur cover (iOS 11; with text: the "
+       "word \"Kavelined\" shows centred on it at full alpha), under a blurred copy of its "
+       "snapshot (iOS 9 and 10), or with its launch image in place of its snapshot (iOS 8)",
+       coveredHolds},
       {"switcher", 0, -1, "switcher [BUNDLE-ID...]",
        "the app switcher shows (with exactly these items, most recent first)", switcherHolds},
   };
@@ -1069,6 +1092,9 @@ std::optional<ParseError> validateScenario(const Scenario& scenario) {
               (s.predicateArgs[i] != "title" && s.predicateArgs[i] != "message"))
             return fail("expected " + std::string(p->usage));
         }
+      }
+      if (s.predicate == "covered" && n == 2 && s.predicateArgs[1] != "text") {
+        return fail("expected " + std::string(p->usage));
       }
       if (s.predicate == "cc" && s.predicateArgs[1] != "on" && s.predicateArgs[1] != "off") {
         return fail("expected " + std::string(p->usage));

@@ -554,6 +554,8 @@ const std::vector<CatalogClass>& table() {
           {"-_bundleIDShouldBeRepresentedInList:", "C@:@"},
       }},
       {"SBAppSliderSnapshotView", "UIView", kSpringBoard, kEver, through(8), {
+          {"-application", "@@:"},
+          {"-_snapshotInfoForDefaultPNG", "@@:"},
           {"-_cachedImageForImageInfos:foundInfo:", "@@:@^@"},
           {"-_cachedImageForImageInfos:downscaled:foundInfo:", "@@:@C^@"},
           {"-_defaultImageforImageInfo:", "@@:@"},
@@ -565,12 +567,19 @@ const std::vector<CatalogClass>& table() {
           {"-switcherIconScroller:activate:", "v@:@@"},
           {"-switcherScroller:itemTapped:", "v@:@@"},
       }},
+      // Its own layout, as the 8 to 10 headers declare; the zoom-up takes a
+      // transition request from 9.3 (the 9.3 headers), none before.
       {"SBAppSwitcherSnapshotView", "UIView", kSpringBoard, since(9), through(10), {
-          {"-_crossfadeToZoomUpViewIfNecessary", "v@:", since(9), through(9)},
-          {"-_crossfadeToZoomUpViewIfNecessaryForTransitionRequest:", "v@:@", since(10)},
-          {"-_viewPresenting:", "v@:@"},
+          {"-displayItem", "@@:"},
+          {"-snapshotImageView", "@@:"},
+          {"-layoutSubviews", "v@:"},
+          {"-_crossfadeToZoomUpViewIfNecessary", "v@:", since(9), through(9, 2)},
+          {"-_crossfadeToZoomUpViewIfNecessaryForTransitionRequest:", "v@:@", since(9, 3)},
+          {"-_viewPresenting:", "v@:@", since(9), through(9)},
       }},
-      {"SBSwitcherSnapshotImageView", "UIImageView", kSpringBoard, since(9), through(10), {}},
+      {"SBSwitcherSnapshotImageView", "UIImageView", kSpringBoard, since(9), kStill, {
+          {"-layoutSubviews", "v@:"},
+      }},
       {"SBSystemGestureManager", "NSObject", kSpringBoard, since(9), kStill, {
           {"-_systemGestureChanged:", "v@:@"},
       }},
@@ -592,6 +601,7 @@ const std::vector<CatalogClass>& table() {
       {"SBSwitcherContainerView", "UIView", kSpringBoard, since(11), kStill, {}},
       {"SBAppSwitcherReusableSnapshotView", "UIView", kSpringBoard, since(11), kStill, {
           {"-_applicationForRole:", "@@:q"},
+          {"-layoutSubviews", "v@:"},
       }},
       {"SBFluidSwitcherGestureWorkspaceTransaction", "NSObject", kSpringBoard, since(11), kStill, {
           {"-_runSceneLayoutTransactionForTransitionRequest:updateScenes:", "v@:@C"},

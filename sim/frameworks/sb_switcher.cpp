@@ -72,10 +72,12 @@ std::string listOf(const std::vector<std::string>& apps) {
 void showSwitcher() {
   springBoard().switcherVisible = true;
   host::logEvent("switcher", "shown " + listOf(springBoard().recents));
+  showSwitcherCards();
 }
 void hideSwitcher() {
   if (!springBoard().switcherVisible) return;
   springBoard().switcherVisible = false;
+  hideSwitcherCards();
   host::logEvent("switcher", "dismissed");
 }
 
@@ -189,6 +191,7 @@ Value switcherSelectAction(const host::ActionRequest& request, std::string* erro
     *error = "the switcher does not show " + request.args[0];
     return {};
   }
+  if (zoomUpToCard(request.args[0])) return {};
   id main = sharedOf("SBMainSwitcherViewController");
   if (main == nullptr) {
     send<void>(sharedOf("SBAppSwitcherController"), Sel("switcherScroller:itemTapped:"),
@@ -222,6 +225,10 @@ Value forcePressAction(const host::ActionRequest&, std::string* error) {
 }
 
 }  // namespace
+
+id switcherItemFor(const char* className, const std::string& bundleIdentifier) {
+  return itemFor(className, bundleIdentifier);
+}
 
 bool closeSwitcher() {
   if (!springBoard().switcherVisible) return false;
@@ -277,6 +284,7 @@ void defineSpringBoardSwitcher() {
   addCatalogued(gesture, "-nextDisplayItem", imp(gestureNextItem));
   if (cataloguedHere("SBSwitcherForcePressSystemGestureTransaction")) gesture.build();
 
+  defineSwitcherCards();
   host::registerAction("switcher", switcherAction);
   host::registerAction("switcher-select", switcherSelectAction);
   host::registerAction("force-press-switcher", forcePressAction);

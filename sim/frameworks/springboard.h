@@ -114,6 +114,16 @@ bool closeSwitcher();
 bool closeShortcutMenu();
 // The home button pressed while the switcher shows: it closes to the home screen.
 void pressHomeInSwitcher();
+// The switcher's item of class `className` (SBDisplayLayout, SBDisplayItem) for an app.
+id switcherItemFor(const char* className, const std::string& bundleIdentifier);
+
+// The switcher's cards: made (or reused) for the recent apps as it shows,
+// let go as it closes. A tap on a card zooms it up first where the platform
+// has a zoom-up; true when the zoom-up itself opened the app (Brindle).
+void showSwitcherCards();
+void hideSwitcherCards();
+bool zoomUpToCard(const std::string& bundleIdentifier);
+void defineSwitcherCards();
 
 // ---- Helpers of the SpringBoard modules ----
 

@@ -15,6 +15,7 @@ namespace kv::sim::frameworks {
 
 void defineCoreAnimation();
 void defineUIKitGraphics();
+void defineUIKitDrawing();
 void defineUIKitViews();
 void defineUIKitControls();
 void defineUIKitGestures();
@@ -278,6 +279,7 @@ void defineUIKit() {
       .instance("scale", imp(screenScale), "d@:")
       .build();
   defineUIKitGraphics();
+  defineUIKitDrawing();
   defineCoreAnimation();
   defineUIKitViews();
   defineUIKitControls();

@@ -79,6 +79,13 @@ std::string imageNameOf(id image);
 // The file an image was read from (device path), "" for nil.
 std::string imagePathOf(id image);
 
+// An autoreleased image made in this process (drawn into an image context,
+// filtered, or a stand-in for an app's screen) of that size and scale, which
+// shows `drawing` ("text \"Kavelined\" ...", "blurred snapshot of X").
+id makeImage(CGSize size, double scale, const std::string& drawing);
+// What such an image shows, "" for nil or an image read from a file.
+std::string imageDrawingOf(id image);
+
 // A colour as six hex digits ("305a94"), "" for nil.
 std::string colorHexOf(id color);
 

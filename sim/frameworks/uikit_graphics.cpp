@@ -94,6 +94,7 @@ struct ImageState {
   std::string path;  // the device path read
   CGSize size{};
   double scale = 1;
+  std::string drawing;  // what an image made in the simulator shows ("" for a file's)
 };
 
 bool fileExists(const std::string& path) {
@@ -212,6 +213,18 @@ void defineUIKitGraphics() {
       .instance("size", imp(imageSize), typesOf(imageSize).c_str())
       .instance("scale", imp(imageScale), "d@:")
       .build();
+}
+
+id makeImage(CGSize size, double scale, const std::string& drawing) {
+  id image = autoreleasedNew(platform::asId(platform::classNamed("UIImage")));
+  ImageState& s = stateOf<ImageState>(image);
+  s.size = size;
+  s.scale = scale;
+  s.drawing = drawing;
+  return image;
+}
+std::string imageDrawingOf(id image) {
+  return image == nullptr ? "" : stateOf<ImageState>(image).drawing;
 }
 
 std::string imageNameOf(id image) {

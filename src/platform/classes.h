@@ -26,6 +26,12 @@ Class defineClass(const char* name, const char* superclassName,
 Class defineClass(const char* name, const char* superclassName,
                   std::initializer_list<MethodSpec> methods);
 
+// The same with instance variables, each holding an object ("@"), for a
+// class whose instances keep other objects as the platform's own views do.
+Class defineClass(const char* name, const char* superclassName,
+                  std::initializer_list<const char*> objectIvars,
+                  std::initializer_list<MethodSpec> methods);
+
 template <typename F>
 IMP impOf(F* f) {
   return reinterpret_cast<IMP>(f);

@@ -24,6 +24,8 @@ struct CGRect {
 struct CGAffineTransform {
   CGFloat a, b, c, d, tx, ty;
 };
+// A Core Graphics bitmap image, passed by reference.
+using CGImageRef = struct CGImage*;
 // The current media time of Core Animation, in seconds.
 double CACurrentMediaTime(void);
 }

@@ -24,6 +24,7 @@
 #include "settings/feedback.h"
 #include "settings/notifications.h"
 #include "settings/settings.h"
+#include "springboard/blur_view.h"
 #include "springboard/integrations.h"
 #include "startup/flags.h"
 #include "startup/springboard_observers.h"
@@ -113,6 +114,7 @@ void springBoardSection() {
   prompt::defineAlertView();
   prompt::defineInCallController();
   prompt::defineUnlockController();
+  springboard::defineBlurView();
   settings::defineSettingsControllers();
   installGroup(Group::kSpringBoard);
   settings::setBiometricsInUse(core::biometricHardwareInUse(settings::current().onlyPasscode));

@@ -21,6 +21,7 @@
 #include "springboard/lock_state.h"
 #include "springboard/notifications.h"
 #include "springboard/system_actions.h"
+#include "springboard/switcher_cover.h"
 #include "springboard/system_power.h"
 #include "startup/additions.h"
 #include "startup/diagnostics.h"
@@ -168,9 +169,12 @@ const Row kSpringBoardRows[] = {
     replaced<&springboard::dashBoardActivateCameraPublic>("SBDashBoardViewController",
                                                           "-activateCameraAnimated:"),
     pendingRow("SBSystemGestureManager", "-_systemGestureChanged:"),
-    pendingRow("SBAppSwitcherReusableSnapshotView", "-layoutSubviews"),
-    pendingRow("SBAppSwitcherReusableSnapshotView", "-setTransform:"),
-    pendingRow("SBAppSwitcherReusableSnapshotView", "-dealloc"),
+    replaced<&springboard::reusableSnapshotLayout>("SBAppSwitcherReusableSnapshotView",
+                                                   "-layoutSubviews"),
+    replaced<&springboard::reusableSnapshotSetTransform>("SBAppSwitcherReusableSnapshotView",
+                                                         "-setTransform:"),
+    replaced<&springboard::reusableSnapshotDealloc>("SBAppSwitcherReusableSnapshotView",
+                                                    "-dealloc"),
     pendingRow("SBFluidSwitcherGestureWorkspaceTransaction",
                "-_runSceneLayoutTransactionForTransitionRequest:updateScenes:"),
     pendingRow("SBFluidSwitcherGestureWorkspaceTransaction", "-_didComplete"),
@@ -210,18 +214,26 @@ const Row kSpringBoardRows[] = {
                                                         "-setIsEditing:withFeedbackBehavior:"),
     replaced<&springboard::iconsSetEditing>("SBIconController", "-setIsEditing:"),
     replaced<&springboard::iconCloseBoxTapped>("SBIconController", "-iconCloseBoxTapped:"),
-    pendingRow("SBAppSliderSnapshotView", "-_cachedImageForImageInfos:foundInfo:"),
-    pendingRow("SBAppSliderSnapshotView", "-_cachedImageForImageInfos:downscaled:foundInfo:"),
-    pendingRow("SBAppSliderSnapshotView", "-_defaultImageforImageInfo:"),
-    pendingRow("SBAppSliderSnapshotView", "-_cgImageForSnapshotInfo:"),
-    pendingRow("SBAppSliderSnapshotView", "-_cgImageForSnapshotInfo:downscaled:"),
-    pendingRow("SBAppSliderSnapshotView", "-_loadImageAsyncFromSnapshotInfo:"),
-    pendingRow("SBAppSwitcherSnapshotView",
-               "-_crossfadeToZoomUpViewIfNecessaryForTransitionRequest:"),
-    pendingRow("SBAppSwitcherSnapshotView", "-_viewPresenting:"),
-    pendingRow("SBAppSwitcherSnapshotView", "-_crossfadeToZoomUpViewIfNecessary"),
-    pendingRow("SBAppSwitcherSnapshotView", "-layoutSubviews"),
-    pendingRow("SBSwitcherSnapshotImageView", "-layoutSubviews"),
+    replaced<&springboard::sliderCachedImage>("SBAppSliderSnapshotView",
+                                              "-_cachedImageForImageInfos:foundInfo:"),
+    replaced<&springboard::sliderCachedImageDownscaled>(
+        "SBAppSliderSnapshotView", "-_cachedImageForImageInfos:downscaled:foundInfo:"),
+    replaced<&springboard::sliderDefaultImage>("SBAppSliderSnapshotView",
+                                               "-_defaultImageforImageInfo:"),
+    replaced<&springboard::sliderCGImage>("SBAppSliderSnapshotView", "-_cgImageForSnapshotInfo:"),
+    replaced<&springboard::sliderCGImageDownscaled>("SBAppSliderSnapshotView",
+                                                    "-_cgImageForSnapshotInfo:downscaled:"),
+    replaced<&springboard::sliderLoadImageAsync>("SBAppSliderSnapshotView",
+                                                 "-_loadImageAsyncFromSnapshotInfo:"),
+    replaced<&springboard::snapshotZoomUpForRequest>(
+        "SBAppSwitcherSnapshotView", "-_crossfadeToZoomUpViewIfNecessaryForTransitionRequest:"),
+    replaced<&springboard::snapshotViewPresenting>("SBAppSwitcherSnapshotView",
+                                                   "-_viewPresenting:"),
+    replaced<&springboard::snapshotZoomUp>("SBAppSwitcherSnapshotView",
+                                           "-_crossfadeToZoomUpViewIfNecessary"),
+    replaced<&springboard::snapshotViewLayout>("SBAppSwitcherSnapshotView", "-layoutSubviews"),
+    replaced<&springboard::snapshotImageViewLayout>("SBSwitcherSnapshotImageView",
+                                                    "-layoutSubviews"),
     replaced<&springboard::mesaObserveEvent>("SBLockScreenMesaCoordinator",
                                              "-biometricResource:observeEvent:"),
     replaced<&springboard::bioAuthenticated>("SBLockScreenManager", "-_bioAuthenticated:"),

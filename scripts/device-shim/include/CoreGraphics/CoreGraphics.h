@@ -28,3 +28,4 @@ struct CGAffineTransform {
   CGFloat tx, ty;
 };
 typedef struct CGAffineTransform CGAffineTransform;
+typedef struct CGImage* CGImageRef;
