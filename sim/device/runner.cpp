@@ -62,6 +62,8 @@ const ActionSpec kActions[] = {
      "Orrel's gesture opens its switcher; needs load-image Orrel"},
     {"SpringBoard", "orrel-tap", 1, 1, "orrel-tap BUNDLE-ID",
      "tap the app's icon in Orrel's bar: the app launches; needs load-image Orrel"},
+    {"SpringBoard", "orrel-close", 0, 0, "orrel-close",
+     "a tap outside Orrel's switcher closes it; needs load-image Orrel"},
     {"SpringBoard", "mevrick-open", 0, 0, "mevrick-open",
      "Mevrick's gesture pulls its app switcher fully open; needs load-image Mevrick"},
     {"SpringBoard", "mevrick-button", 0, 0, "mevrick-button",

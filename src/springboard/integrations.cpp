@@ -27,7 +27,8 @@ using platform::sendIfResponds;
 const Sel kBundleIdentifier("bundleIdentifier");
 const Sel kApplicationBundleID("applicationBundleID");
 const Sel kName("name");
-const Sel kIsShowing("isShowing");
+const Sel kView("view");
+const Sel kWindow("window");
 const Sel kLabel("label");
 const Sel kApplication("application");
 const Sel kSetText("setText:");
@@ -142,8 +143,12 @@ void activatorActivateSwitcher(id self, SEL cmd) {
 }
 
 void orrelShowSwitcher(id self, SEL cmd) {
-  // Closing or re-showing a switcher the user already opened asks nothing.
-  bool showing = sendIfResponds<BOOL>(self, kIsShowing) != 0;
+  // Re-showing a switcher the user already opened asks nothing. Showing is
+  // UIKit's own answer, the controller's view being in a window: nothing
+  // kept here can go stale when Orrel closes its switcher by a path of its
+  // own. Asking for the view loads it, as showing the switcher is about to.
+  // A controller without a view cannot tell, and asks every time.
+  bool showing = sendIfResponds<id>(sendIfResponds<id>(self, kView), kWindow) != nullptr;
   if (!showing && settings::current().protectSwitcher && gatePasses() &&
       holdBackCall(platform::makeString("Switcher Protection"), self, cmd)) {
     return;

@@ -31,6 +31,8 @@ void activatorSendEvent(id self, SEL cmd, id event);
 void activatorActivateSwitcher(id self, SEL cmd);
 
 // Orrel's switcher and its bar of icons; Mevrick's app switcher.
+// Orrel's switcher asks only when it is not showing already: its view is
+// not in a window.
 void orrelShowSwitcher(id self, SEL cmd);
 void orrelIconTapped(id self, SEL cmd, id icon);
 void mevrickOpen(id self, SEL cmd, double percentage);
