@@ -8,6 +8,7 @@
 
 #include "platform/foundation.h"
 #include "platform/functions.h"
+#include "platform/geometry.h"
 #include "platform/objc.h"
 
 namespace kv::springboard {
@@ -41,6 +42,11 @@ void mevrickDeactivateTo(id self, SEL cmd, id application, BOOL animated);
 // A card of Mevrick's switcher: a protected app's snapshot is not shown while
 // the switcher's cards are to be covered ("blurAppSwitcher").
 void mevrickCardSetImage(id self, SEL cmd, id image);
+
+// Veskel's quick switcher, as its icon list is made: while the switcher is
+// protected the list stays invisible and untouchable until the owner
+// authenticates.
+id veskelIconListInit(id self, SEL cmd, CGRect frame);
 
 // Pennac's sheet of actions on an app: a click asks when the sheet's app is
 // protected; otherwise, while the click is handled, a launch the sheet starts
