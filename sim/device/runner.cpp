@@ -46,7 +46,7 @@ const ActionSpec kActions[] = {
     {"*", "load-image", 1, 1, "load-image NAME",
      "a library loads after start-up (another extension's, a late platform bundle): its classes "
      "appear, then the image-added callbacks run; the extensions Flipswitch, Zandor, Activator, "
-     "Orrel, Mevrick, Pellum, Pennac and Tamsin are libraries of their own"},
+     "Orrel, Mevrick, Pellum, Pennac, Tamsin and Veskel are libraries of their own"},
     {"SpringBoard", "switch-press", 1, 2, "switch-press ID [private]",
      "press the Flipswitch button of switch ID (private: a button of Flipswitch's own panel); "
      "needs load-image Flipswitch"},
@@ -62,6 +62,17 @@ const ActionSpec kActions[] = {
      "Orrel's gesture opens its switcher; needs load-image Orrel"},
     {"SpringBoard", "orrel-tap", 1, 1, "orrel-tap BUNDLE-ID",
      "tap the app's icon in Orrel's bar: the app launches; needs load-image Orrel"},
+    {"SpringBoard", "orrel-close", 0, 0, "orrel-close",
+     "a tap outside Orrel's switcher closes it; needs load-image Orrel"},
+    {"SpringBoard", "veskel-open", 0, -1, "veskel-open [BUNDLE-ID...]",
+     "Veskel's gesture opens its quick switcher: a list of the icons of the apps given (the "
+     "ones it saw used lately, newest first; the previous ones when none is given); needs "
+     "load-image Veskel"},
+    {"SpringBoard", "veskel-tap", 1, 1, "veskel-tap BUNDLE-ID",
+     "a finger on the app's icon in Veskel's open quick switcher: the switcher closes and the "
+     "app launches; a list that cannot be seen takes no touch; needs load-image Veskel"},
+    {"SpringBoard", "veskel-close", 0, 0, "veskel-close",
+     "a tap outside the list closes Veskel's quick switcher; needs load-image Veskel"},
     {"SpringBoard", "mevrick-open", 0, 0, "mevrick-open",
      "Mevrick's gesture pulls its app switcher fully open; needs load-image Mevrick"},
     {"SpringBoard", "mevrick-button", 0, 0, "mevrick-button",

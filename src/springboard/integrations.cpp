@@ -27,7 +27,10 @@ using platform::sendIfResponds;
 const Sel kBundleIdentifier("bundleIdentifier");
 const Sel kApplicationBundleID("applicationBundleID");
 const Sel kName("name");
-const Sel kIsShowing("isShowing");
+const Sel kView("view");
+const Sel kWindow("window");
+const Sel kAlpha("alpha");
+const Sel kSetAlpha("setAlpha:");
 const Sel kLabel("label");
 const Sel kApplication("application");
 const Sel kSetText("setText:");
@@ -142,8 +145,12 @@ void activatorActivateSwitcher(id self, SEL cmd) {
 }
 
 void orrelShowSwitcher(id self, SEL cmd) {
-  // Closing or re-showing a switcher the user already opened asks nothing.
-  bool showing = sendIfResponds<BOOL>(self, kIsShowing) != 0;
+  // Re-showing a switcher the user already opened asks nothing. Showing is
+  // UIKit's own answer, the controller's view being in a window: nothing
+  // kept here can go stale when Orrel closes its switcher by a path of its
+  // own. Asking for the view loads it, as showing the switcher is about to.
+  // A controller without a view cannot tell, and asks every time.
+  bool showing = sendIfResponds<id>(sendIfResponds<id>(self, kView), kWindow) != nullptr;
   if (!showing && settings::current().protectSwitcher && gatePasses() &&
       holdBackCall(platform::makeString("Switcher Protection"), self, cmd)) {
     return;
@@ -191,6 +198,29 @@ void mevrickCardSetImage(id self, SEL cmd, id image) {
     image = nullptr;
   }
   platform::Hook<&mevrickCardSetImage>::original(self, cmd, image);
+}
+
+id veskelIconListInit(id self, SEL cmd, CGRect frame) {
+  // Veskel makes its icon list each time its quick switcher opens, so the
+  // list as it is made is where the switcher itself is guarded. Its icons
+  // launch through SpringBoard's launchApplicationWithIdentifier:suspended:,
+  // whose open request the launch guards already hold for a protected app:
+  // the icons are left as they are, and a protected one asks when tapped.
+  id list = platform::Hook<&veskelIconListInit>::original(self, cmd, frame);
+  if (list == nullptr || !settings::current().protectSwitcher ||
+      !platform::respondsTo(list, kSetAlpha) || !gatePasses()) {
+    return list;
+  }
+  // The list is made fully transparent, which UIKit's hit-testing also takes
+  // as closed to touches, and the held-back call gives it back its own alpha
+  // after authentication. Cancelled, it stays out of sight until Veskel
+  // closes it.
+  double alpha = sendIfResponds<double>(list, kAlpha);
+  platform::send<void>(list, kSetAlpha, 0.0);
+  if (!holdBackCall(platform::makeString("Switcher Protection"), list, kSetAlpha, alpha)) {
+    platform::send<void>(list, kSetAlpha, alpha);
+  }
+  return list;
 }
 
 void pennacSheetClicked(id self, SEL cmd, id sheet, platform::Integer index) {

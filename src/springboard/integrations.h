@@ -8,6 +8,7 @@
 
 #include "platform/foundation.h"
 #include "platform/functions.h"
+#include "platform/geometry.h"
 #include "platform/objc.h"
 
 namespace kv::springboard {
@@ -31,6 +32,8 @@ void activatorSendEvent(id self, SEL cmd, id event);
 void activatorActivateSwitcher(id self, SEL cmd);
 
 // Orrel's switcher and its bar of icons; Mevrick's app switcher.
+// Orrel's switcher asks only when it is not showing already: its view is
+// not in a window.
 void orrelShowSwitcher(id self, SEL cmd);
 void orrelIconTapped(id self, SEL cmd, id icon);
 void mevrickOpen(id self, SEL cmd, double percentage);
@@ -39,6 +42,11 @@ void mevrickDeactivateTo(id self, SEL cmd, id application, BOOL animated);
 // A card of Mevrick's switcher: a protected app's snapshot is not shown while
 // the switcher's cards are to be covered ("blurAppSwitcher").
 void mevrickCardSetImage(id self, SEL cmd, id image);
+
+// Veskel's quick switcher, as its icon list is made: while the switcher is
+// protected the list stays invisible and untouchable until the owner
+// authenticates.
+id veskelIconListInit(id self, SEL cmd, CGRect frame);
 
 // Pennac's sheet of actions on an app: a click asks when the sheet's app is
 // protected; otherwise, while the click is handled, a launch the sheet starts

@@ -373,6 +373,11 @@ const Row kMevrickCardRows[] = {
     replaced<&springboard::mevrickCardSetImage>("MevrickApplicationView", "-setImage:"),
 };
 
+const Row kVeskelRows[] = {
+    replaced<&springboard::veskelIconListInit>("VeskelQuickSwitcherIconListView",
+                                               "-initWithFrame:"),
+};
+
 const Row kPennacRows[] = {
     replaced<&springboard::pennacSheetClicked>("PennacSheetOwner",
                                                "-actionSheet:clickedButtonAtIndex:"),
@@ -414,6 +419,7 @@ const GroupRows kGroups[] = {
     {Group::kOrrelBar, kOrrelBarRows},
     {Group::kMevrick, kMevrickRows},
     {Group::kMevrickCards, kMevrickCardRows},
+    {Group::kVeskel, kVeskelRows},
     {Group::kPennac, kPennacRows},
     {Group::kTamsin, kTamsinRows},
 };
@@ -443,6 +449,7 @@ LateGroup gIntegrations[] = {
     {Group::kOrrelBar, "OrrelBarView", false},
     {Group::kMevrick, "MevrickAppSwitcherController", false},
     {Group::kMevrickCards, "MevrickApplicationView", false},
+    {Group::kVeskel, "VeskelQuickSwitcherIconListView", false},
     {Group::kPennac, "PennacSheetOwner", false},
     {Group::kTamsin, "TamsinControllerModern", false},
 };

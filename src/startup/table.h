@@ -35,6 +35,7 @@ enum class Group {
   kOrrelBar,
   kMevrick,
   kMevrickCards,
+  kVeskel,
   kPennac,
   kTamsin,
 };
