@@ -21,6 +21,7 @@ packages=(
   fonts-inter          # the one font the pictures use, pinned so reference pictures stay stable
   libstdc++-12-dev-arm64-cross  # C and C++ headers of arm64 and armv7, for the device
   libstdc++-12-dev-armhf-cross  # compile check (scripts/device-check.sh)
+  clang-format         # the code's one layout, checked by scripts/format-check.sh
 )
 
 missing=()
