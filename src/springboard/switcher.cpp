@@ -199,7 +199,10 @@ void uiToggleSwitcher(id self, SEL cmd) {
 
 void systemGestureChanged(id self, SEL cmd, id gesture) {
   // The gesture has begun to pull the switcher up: it is already showing.
+  // A gesture that cannot be made to fail is left to the platform.
   bool opening = sendIfResponds<Integer>(gesture, kState) == kGestureChanged &&
+                 platform::respondsTo(gesture, kSetState) &&
+                 platform::respondsTo(gesture, kSetEnabled) &&
                  settings::current().protectSwitcher && gatePasses() && !siriShowing() &&
                  switcherInContainer() &&
                  sendIfResponds<BOOL>(core::sharedInstanceOf("SBUIController"),
