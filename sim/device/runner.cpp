@@ -143,9 +143,16 @@ const ActionSpec kActions[] = {
      "a quick-launch button of Control Center (com.apple.mobiletimer, com.apple.calculator, "
      "com.apple.camera)"},
     {"SpringBoard", "switcher", 0, 0, "switcher",
-     "double-press home: the app switcher shows the recent apps, or closes"},
+     "double-press home: the app switcher shows the recent apps, or closes back to the app it "
+     "was opened over"},
     {"SpringBoard", "switcher-select", 1, 1, "switcher-select BUNDLE-ID",
-     "tap the app's card in the switcher"},
+     "tap the app's card in the switcher (on iOS 11 a fluid switcher transaction to the app)"},
+    {"SpringBoard", "swipe-up-switcher", 0, 0, "swipe-up-switcher",
+     "the system gesture that pulls the app switcher up from the bottom edge (iOS 10 and "
+     "later; on iOS 11 the fluid switcher takes it when the finger lifts)"},
+    {"SpringBoard", "lock-camera", 0, 0, "lock-camera",
+     "on the lock screen, open the camera (the lock screen's camera controller through iOS 9, "
+     "the dashboard from iOS 10)"},
     {"SpringBoard", "force-press-switcher", 0, 0, "force-press-switcher",
      "force-press the screen's left edge: the previous app comes back (iOS 10 and later)"},
     {"SpringBoard", "lock-camera-image-well", 0, 0, "lock-camera-image-well",

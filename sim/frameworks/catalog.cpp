@@ -316,6 +316,7 @@ const std::vector<CatalogClass>& table() {
           {"-eventLabel", "@@:"},
           {"-activatingApps", "@@:", since(10), through(10)},
           {"-toApplicationSceneEntities", "@@:"},
+          {"-applicationContext", "@@:", since(11)},
       }},
       {"SBDeviceApplicationSceneEntity", "NSObject", kSpringBoard, since(10), kStill, {
           {"-application", "@@:"},
@@ -374,6 +375,7 @@ const std::vector<CatalogClass>& table() {
           {"-lockHardwareButton", "@@:", since(10, 2)},
           {"-quitTopApplication:", "v@:@", kEver, through(9)},
           {"-_handleGotoHomeScreenShortcut:", "v@:@", since(10)},
+          {"-_returnToHomeScreenWithCompletion:", "v@:@?", since(11)},
       }},
 
       // ---- SpringBoard: lock screen, backlight and biometrics ----
@@ -393,6 +395,7 @@ const std::vector<CatalogClass>& table() {
       }},
       {"SBLockScreenCameraController", "NSObject", kSpringBoard, kEver, through(9), {
           {"-_didActivate", "v@:"},
+          {"-cameraView", "@@:"},
       }},
       {"SBDashBoardViewController", "UIViewController", kSpringBoard, since(10), kStill, {
           {"-activateCameraAnimated:", "v@:C", since(10), through(10)},
@@ -590,15 +593,15 @@ const std::vector<CatalogClass>& table() {
           {"-toggleSwitcherNoninteractivelyWithSource:", "C@:q", since(11)},
           {"-activateSwitcherNoninteractivelyWithSource:", "C@:q", since(11)},
           {"-dismissSwitcherNoninteractively", "C@:", since(11)},
-          {"-_setReturnToDisplayItem:", "v@:@", since(11)},
-          {"-switcherContentController:selectedItem:", "v@:@@"},
+          {"-_setReturnToDisplayItem:", "v@:@"},
+          {"-switcherContentController:selectedItem:", "v@:@@", since(10), through(10)},
       }},
       {"SBSwitcherForcePressSystemGestureTransaction", "NSObject", kSpringBoard, since(10),
        kStill, {
           {"-_transitionRequestForPresentationWithCommitment:toNextDisplayItem:", "@@:CC"},
           {"-nextDisplayItem", "@@:"},
       }},
-      {"SBSwitcherContainerView", "UIView", kSpringBoard, since(11), kStill, {}},
+      {"SBSwitcherContainerView", "UIView", kSpringBoard, since(10), kStill, {}},
       {"SBAppSwitcherReusableSnapshotView", "UIView", kSpringBoard, since(11), kStill, {
           {"-_applicationForRole:", "@@:q"},
           {"-layoutSubviews", "v@:"},
@@ -606,6 +609,17 @@ const std::vector<CatalogClass>& table() {
       {"SBFluidSwitcherGestureWorkspaceTransaction", "NSObject", kSpringBoard, since(11), kStill, {
           {"-_runSceneLayoutTransactionForTransitionRequest:updateScenes:", "v@:@C"},
           {"-_didComplete", "v@:"},
+      }},
+      {"SBWorkspaceApplicationSceneTransitionContext", "NSObject", kSpringBoard, since(11), kStill, {
+          {"-layoutState", "@@:"},
+          {"-previousLayoutState", "@@:"},
+      }},
+      {"SBMainDisplayLayoutState", "NSObject", kSpringBoard, since(11), kStill, {
+          {"-unlockedEnvironmentMode", "q@:"},
+          {"-elements", "@@:"},
+      }},
+      {"SBLayoutElement", "NSObject", kSpringBoard, since(11), kStill, {
+          {"-identifier", "@@:"},
       }},
 
       // ---- SpringBoard: notifications ----

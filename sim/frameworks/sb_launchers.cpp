@@ -2,7 +2,9 @@
 // (SBCCQuickLaunchSectionController through iOS 9; from iOS 10 the button
 // asks SpringBoard to launch the app, an open-application request) and the
 // iOS 8 lock-screen camera in SpringBoard, whose image well opens Photos on
-// a device without a passcode. The "cc-launch" and "lock-camera-image-well"
+// a device without a passcode; opening the camera from the lock screen
+// (SBLockScreenCameraController through iOS 9, SBDashBoardViewController from
+// iOS 10). The "cc-launch", "lock-camera" and "lock-camera-image-well"
 // actions.
 #include <string>
 
@@ -91,6 +93,51 @@ Value lockCameraImageWellAction(const host::ActionRequest&, std::string* error) 
   return {};
 }
 
+// ---- The camera opened from the lock screen ----
+
+// The lock screen's camera: its live view, kept for the life of SpringBoard.
+id lockScreenCameraView() {
+  static auto* view = new Retained();
+  if (!*view) *view = Retained::adopt(newView("UIView", CGRect{{0, 0}, {375, 667}}));
+  return view->get();
+}
+
+// -[SBLockScreenCameraController _didActivate]: the camera is up over the
+// lock screen; what covers its view is seen too.
+void cameraDidActivate(id, SEL) {
+  host::logEvent("camera", "lock-screen camera opens");
+}
+id cameraControllerView(id, SEL) {
+  return lockScreenCameraView();
+}
+// -[SBDashBoardViewController activateCameraAnimated:] (iOS 10) and
+// -_activateCameraAnimated: (iOS 11).
+void dashBoardActivateCamera(id, SEL, BOOL) {
+  host::logEvent("camera", "lock-screen camera opens");
+}
+
+// lock-camera: the camera grabber on the lock screen.
+Value lockCameraAction(const host::ActionRequest&, std::string* error) {
+  if (!springBoard().locked) {
+    *error = "the device is not locked: no lock-screen camera";
+    return {};
+  }
+  host::logEvent("camera", "lock-screen camera asked for");
+  if (id dashBoard = sharedOf("SBDashBoardViewController")) {
+    const char* selector =
+        platform::respondsTo(dashBoard, Sel("_activateCameraAnimated:")) ? "_activateCameraAnimated:"
+                                                                          : "activateCameraAnimated:";
+    send<void>(dashBoard, Sel(selector), BOOL{1});
+    return {};
+  }
+  // A camera opened afresh shows nothing of the last time.
+  for (id view : subviewsOf(lockScreenCameraView())) send<void>(view, Sel("removeFromSuperview"));
+  send<void>(sharedOf("SBLockScreenCameraController"), Sel("_didActivate"));
+  if (findSubview(lockScreenCameraView(), "_UIBackdropView") != nullptr)
+    host::logEvent("camera", "lock-screen camera covered by a backdrop");
+  return {};
+}
+
 }  // namespace
 
 void defineSpringBoardLaunchers() {
@@ -100,7 +147,16 @@ void defineSpringBoardLaunchers() {
   ClassBuilder camera("PLCameraView", "UIView");
   addCatalogued(camera, "-_imageWellTapped:", imp(imageWellTapped));
   if (cataloguedHere("PLCameraView")) camera.build();
+  ClassBuilder cameraController("SBLockScreenCameraController", "NSObject");
+  addCatalogued(cameraController, "-_didActivate", imp(cameraDidActivate));
+  addCatalogued(cameraController, "-cameraView", imp(cameraControllerView));
+  if (cataloguedHere("SBLockScreenCameraController")) cameraController.build();
+  ClassBuilder dashBoard("SBDashBoardViewController", "UIViewController");
+  addCatalogued(dashBoard, "-activateCameraAnimated:", imp(dashBoardActivateCamera));
+  addCatalogued(dashBoard, "-_activateCameraAnimated:", imp(dashBoardActivateCamera));
+  if (cataloguedHere("SBDashBoardViewController")) dashBoard.build();
   host::registerAction("cc-launch", ccLaunchAction);
+  host::registerAction("lock-camera", lockCameraAction);
   host::registerAction("lock-camera-image-well", lockCameraImageWellAction);
 }
 

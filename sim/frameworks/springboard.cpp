@@ -51,6 +51,7 @@ void defineSharedClasses() {
   addApplicationLaunch(application);
   addPowerActions(application);
   addFrontDisplayChange(application);
+  addReturnToHomeScreen(application);
   application.build();
 }
 

@@ -188,6 +188,7 @@ void addForceTouchIconView(host::ClassBuilder& iconController);
 void addPowerActions(host::ClassBuilder& springBoardClass);
 void addBatteryState(host::ClassBuilder& uiController);
 void addIconEditing(host::ClassBuilder& iconController);
+void addReturnToHomeScreen(host::ClassBuilder& springBoardClass);
 
 // ---- What the home button and the home screen ask of other modules ----
 

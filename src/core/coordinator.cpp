@@ -100,6 +100,7 @@ void dropPromptState() {
   CoordinatorState& s = state();
   s.cameraPhotosPending = false;
   s.cameraPhotos9Pending = false;
+  s.switcherPromptPending = false;
   s.failedAttempts = 0;
   if (s.matchOperation) sendIfResponds(s.matchOperation.get(), Sel("cancel"));
   s.matchOperation.reset();
@@ -219,6 +220,9 @@ void succeed() {
   CoordinatorState& s = state();
   platform::AutoreleasePool pool;
   forgetSuccessUnderway();
+  // The prompt a switcher toggle waited for is passed: its replay, and any
+  // toggle after it, opens the switcher again.
+  s.switcherPromptPending = false;
   // When, for the two-second pass of an URL open's target.
   s.lastAuthenticationTime = now();
   // A power action waiting for authentication goes first, alone.

@@ -23,6 +23,7 @@ struct CoordinatorState {
   bool pendingRespring = false;
   bool cameraPhotosPending = false;
   bool cameraPhotos9Pending = false;
+  bool switcherPromptPending = false;  // a switcher toggle waits: other toggles are swallowed
   bool lockAfterCancel = false;  // iOS 11: cancelling presses the lock button
   int failedAttempts = 0;
   double lastAuthenticationTime = 0;  // absolute time of the last success; 0 after cleanup

@@ -291,9 +291,12 @@ void dashBoardActivateCameraPublic(id self, SEL cmd, BOOL animated) {
 }
 
 // The camera's live view stays behind a backdrop until the prompt is passed.
+// A cover shown for an activation whose prompt has since gone (cancelled, or
+// passed and replayed) belongs to that one: the next activation asks again.
 void lockScreenCameraDidActivate(id self, SEL cmd) {
   LockState& ls = lockState();
-  if (!ls.cameraCoverShown && cameraProtected()) {
+  bool newActivation = !ls.cameraCoverShown || !lockScreenCameraWaiting();
+  if (newActivation && cameraProtected()) {
     id cameraView = sendIfResponds<id>(self, kCameraView);
     Class backdrop = platform::classNamed("_UIBackdropView");
     if (cameraView != nullptr && backdrop != nullptr) {

@@ -20,6 +20,7 @@
 #include "springboard/launch_workspace.h"
 #include "springboard/lock_state.h"
 #include "springboard/notifications.h"
+#include "springboard/switcher.h"
 #include "springboard/system_actions.h"
 #include "springboard/switcher_cover.h"
 #include "springboard/system_power.h"
@@ -168,19 +169,25 @@ const Row kSpringBoardRows[] = {
                                                     "-_activateCameraAnimated:"),
     replaced<&springboard::dashBoardActivateCameraPublic>("SBDashBoardViewController",
                                                           "-activateCameraAnimated:"),
-    pendingRow("SBSystemGestureManager", "-_systemGestureChanged:"),
+    replaced<&springboard::systemGestureChanged>("SBSystemGestureManager",
+                                                 "-_systemGestureChanged:"),
     replaced<&springboard::reusableSnapshotLayout>("SBAppSwitcherReusableSnapshotView",
                                                    "-layoutSubviews"),
     replaced<&springboard::reusableSnapshotSetTransform>("SBAppSwitcherReusableSnapshotView",
                                                          "-setTransform:"),
     replaced<&springboard::reusableSnapshotDealloc>("SBAppSwitcherReusableSnapshotView",
                                                     "-dealloc"),
-    pendingRow("SBFluidSwitcherGestureWorkspaceTransaction",
-               "-_runSceneLayoutTransactionForTransitionRequest:updateScenes:"),
-    pendingRow("SBFluidSwitcherGestureWorkspaceTransaction", "-_didComplete"),
-    pendingRow("SBMainSwitcherViewController", "-_setReturnToDisplayItem:"),
-    pendingRow("SBMainSwitcherViewController", "-toggleSwitcherNoninteractivelyWithSource:"),
-    pendingRow("SBMainSwitcherViewController", "-toggleSwitcherNoninteractively"),
+    replaced<&springboard::fluidRunSceneLayout>(
+        "SBFluidSwitcherGestureWorkspaceTransaction",
+        "-_runSceneLayoutTransactionForTransitionRequest:updateScenes:"),
+    replaced<&springboard::fluidDidComplete>("SBFluidSwitcherGestureWorkspaceTransaction",
+                                             "-_didComplete"),
+    replaced<&springboard::setReturnToDisplayItem>("SBMainSwitcherViewController",
+                                                   "-_setReturnToDisplayItem:"),
+    replaced<&springboard::toggleSwitcherWithSource>(
+        "SBMainSwitcherViewController", "-toggleSwitcherNoninteractivelyWithSource:"),
+    replaced<&springboard::toggleSwitcherNoninteractively>("SBMainSwitcherViewController",
+                                                           "-toggleSwitcherNoninteractively"),
     replaced<&springboard::switcherSelectedItem>("SBMainSwitcherViewController",
                                                  "-switcherContentController:selectedItem:"),
     replaced<&springboard::forcePressTransition>(
@@ -308,7 +315,7 @@ const Row kSpringBoardRows[] = {
         "-appSwitcher:wantsToActivateDisplayLayout:displayIDsToURLs:displayIDsToActions:"),
     replaced<&springboard::switcherActivateApplication>("SBUIController",
                                                         "-appSwitcher:wantsToActivateApplication:"),
-    pendingRow("SBUIController", "-_toggleSwitcher"),
+    replaced<&springboard::uiToggleSwitcher>("SBUIController", "-_toggleSwitcher"),
     replaced<&uiControllerInit>("SBUIController", "-init"),
 };
 
