@@ -222,6 +222,21 @@ void lookUp(id, SEL, id name) {
   logEvent("probe", platform::toString(name) + (symbol ? " found" : " absent"));
 }
 
+// Something of the platform's asks a block on the stack for its length, as
+// it would a string or data: answered only where a class adds the method.
+void askStackBlockLength(id, SEL) {
+  int captured = 7;
+  void (^onStack)(void) = ^{
+    (void)captured;
+  };
+  id block = reinterpret_cast<id>(onStack);
+  if (send<BOOL>(block, Sel("respondsToSelector:"), platform::selector("length")) == 0) {
+    logEvent("probe", "stack block does not answer length");
+    return;
+  }
+  logEvent("probe", "stack block length " + std::to_string(send<long long>(block, Sel("length"))));
+}
+
 }  // namespace
 
 void defineProbe() {
@@ -249,6 +264,7 @@ void defineProbe() {
       .classMethod("hang", imp(hang), "v@:")
       .classMethod("watchImages", imp(watchImages), "v@:")
       .classMethod("lookUp:", imp(lookUp), "v@:@")
+      .classMethod("askStackBlockLength", imp(askStackBlockLength), "v@:")
       .classMethod("showAlert:message:buttons:", imp(showAlert), "v@:@@@")
       .classMethod("didPresentAlertView:", imp(alertPresented), "v@:@")
       .classMethod("alertView:clickedButtonAtIndex:", imp(alertClicked), "v@:@q")

@@ -16,4 +16,8 @@ id objectOfClass(id self, SEL, id cls) {
   return nullptr;
 }
 
+long long stackBlockLength(id, SEL) {
+  return 0;
+}
+
 }  // namespace kv::startup

@@ -9,4 +9,8 @@ namespace kv::startup {
 // `cls`, or nil.
 id objectOfClass(id self, SEL cmd, id cls);
 
+// __NSStackBlock__ -length answers 0: on iOS 11 a stack block asked for its
+// length (as a string or data would be) then answers instead of raising.
+long long stackBlockLength(id self, SEL cmd);
+
 }  // namespace kv::startup

@@ -154,7 +154,7 @@ const Row kSpringBoardIOS11Rows[] = {
     replaced<&springboard::resourceMatchingAllowed>("SBUIBiometricResource", "-isMatchingAllowed"),
     replaced<&springboard::resourceCapabilityEnabled>(
         "SBUIBiometricResource", "-hasBiometricAuthenticationCapabilityEnabled"),
-    pendingAddition("__NSStackBlock__", "-length", "q@:"),
+    added<&stackBlockLength>("__NSStackBlock__", "-length", "q@:"),
 };
 
 const Row kSpringBoardIOS8Rows[] = {
