@@ -63,6 +63,10 @@ const Sel kUpdateDeviceLockedState("_updateDeviceLockedState");
 const Sel kLockStateChanged("_lockStateChangedFrom:to:");
 const Sel kCameraView("cameraView");
 const Sel kSetValueForKey("setValue:forKey:");
+const Sel kSharedConnection("sharedConnection");
+const Sel kIsPasscodeSet("isPasscodeSet");
+const Sel kIsFingerprintUnlockAllowed("isFingerprintUnlockAllowed");
+const Sel kAlertViewCancel("alertViewCancel:");
 
 constexpr int kLockFromCallSource = 7;  // a lock that keeps the prompt (iOS 10 and later)
 constexpr int kBiometricUnlockSource = 14;
@@ -151,9 +155,9 @@ bool screenOff() {
 // fingerprint unlock switched off.
 bool systemWouldNotMatch() {
   id connection =
-      platform::sendClass<id>(platform::classNamed("MCProfileConnection"), Sel("sharedConnection"));
-  return sendIfResponds<BOOL>(connection, Sel("isPasscodeSet")) == 0 ||
-         sendIfResponds<BOOL>(connection, Sel("isFingerprintUnlockAllowed")) == 0;
+      platform::sendClass<id>(platform::classNamed("MCProfileConnection"), kSharedConnection);
+  return sendIfResponds<BOOL>(connection, kIsPasscodeSet) == 0 ||
+         sendIfResponds<BOOL>(connection, kIsFingerprintUnlockAllowed) == 0;
 }
 
 bool keepMatchingForProduct() {
@@ -232,7 +236,7 @@ bool unlockMayProceed(int source, id options) {
 void lockUI(id self, SEL cmd, int source, id options) {
   const core::CoordinatorState& c = core::state();
   if (core::promptVisible() && !(ios10() && source == kLockFromCallSource)) {
-    send<void>(core::controller(), Sel("alertViewCancel:"), c.kavelinAlert.get());
+    send<void>(core::controller(), kAlertViewCancel, c.kavelinAlert.get());
   }
   if (quitOnLock()) leaveFrontApp();
   lockState().cameraCoverShown = false;

@@ -49,12 +49,13 @@ const Sel kActivateWithSource("activateSwitcherNoninteractivelyWithSource:");
 const Sel kDismissNoninteractively("dismissSwitcherNoninteractively");
 const Sel kReturnToHomeScreen("_returnToHomeScreenWithCompletion:");
 const Sel kDisplayIdentifier("displayIdentifier");
+const Sel kIsEqual("isEqual:");
 
 constexpr const char* kSwitcherTitle = "Switcher Protection";
-constexpr Integer kGestureChanged = 2;       // UIGestureRecognizerStateChanged
-constexpr Integer kGestureFailed = 5;        // UIGestureRecognizerStateFailed
-constexpr Integer kSwitcherMode = 2;         // the layout's environment: the switcher
-constexpr Integer kHomeButtonSource = 1;     // the switcher asked for as the home button does
+constexpr Integer kGestureChanged = 2;    // UIGestureRecognizerStateChanged
+constexpr Integer kGestureFailed = 5;     // UIGestureRecognizerStateFailed
+constexpr Integer kSwitcherMode = 2;      // the layout's environment: the switcher
+constexpr Integer kHomeButtonSource = 1;  // the switcher asked for as the home button does
 
 // What the fluid switcher keeps between a held-back layout and its completion.
 struct FluidState {
@@ -129,7 +130,7 @@ id elementsOf(id layoutState) {
 bool layoutHas(id elements, id identifier) {
   for (platform::UInteger i = 0; i < platform::arrayCount(elements); ++i) {
     id other = sendIfResponds<id>(platform::arrayObjectAt(elements, i), kIdentifier);
-    if (other != nullptr && send<BOOL>(other, Sel("isEqual:"), identifier) != 0) return true;
+    if (other != nullptr && send<BOOL>(other, kIsEqual, identifier) != 0) return true;
   }
   return false;
 }
@@ -163,10 +164,8 @@ BOOL toggleSwitcherWithSource(id self, SEL cmd, Integer source) {
     case Toggle::kAsk:
       if (parkToggle(platform::invocationOf(self, cmd, source))) return 0;
       break;
-    case Toggle::kSwallow:
-      return 0;
-    case Toggle::kRun:
-      break;
+    case Toggle::kSwallow: return 0;
+    case Toggle::kRun: break;
   }
   return platform::Hook<&toggleSwitcherWithSource>::original(self, cmd, source);
 }
@@ -176,10 +175,8 @@ BOOL toggleSwitcherNoninteractively(id self, SEL cmd) {
     case Toggle::kAsk:
       if (parkToggle(platform::invocationOf(self, cmd))) return 0;
       break;
-    case Toggle::kSwallow:
-      return 0;
-    case Toggle::kRun:
-      break;
+    case Toggle::kSwallow: return 0;
+    case Toggle::kRun: break;
   }
   return platform::Hook<&toggleSwitcherNoninteractively>::original(self, cmd);
 }
@@ -189,10 +186,8 @@ void uiToggleSwitcher(id self, SEL cmd) {
     case Toggle::kAsk:
       if (parkToggle(platform::invocationOf(self, cmd))) return;
       break;
-    case Toggle::kSwallow:
-      return;
-    case Toggle::kRun:
-      break;
+    case Toggle::kSwallow: return;
+    case Toggle::kRun: break;
   }
   platform::Hook<&uiToggleSwitcher>::original(self, cmd);
 }
@@ -200,13 +195,12 @@ void uiToggleSwitcher(id self, SEL cmd) {
 void systemGestureChanged(id self, SEL cmd, id gesture) {
   // The gesture has begun to pull the switcher up: it is already showing.
   // A gesture that cannot be made to fail is left to the platform.
-  bool opening = sendIfResponds<Integer>(gesture, kState) == kGestureChanged &&
-                 platform::respondsTo(gesture, kSetState) &&
-                 platform::respondsTo(gesture, kSetEnabled) &&
-                 settings::current().protectSwitcher && gatePasses() && !siriShowing() &&
-                 switcherInContainer() &&
-                 sendIfResponds<BOOL>(core::sharedInstanceOf("SBUIController"),
-                                      kIsAppSwitcherShowing) != 0;
+  bool opening =
+      sendIfResponds<Integer>(gesture, kState) == kGestureChanged &&
+      platform::respondsTo(gesture, kSetState) && platform::respondsTo(gesture, kSetEnabled) &&
+      settings::current().protectSwitcher && gatePasses() && !siriShowing() &&
+      switcherInContainer() &&
+      sendIfResponds<BOOL>(core::sharedInstanceOf("SBUIController"), kIsAppSwitcherShowing) != 0;
   Retained call;
   if (opening) {
     call = platform::invocationOf(core::sharedInstanceOf("SBMainSwitcherViewController"),
@@ -242,8 +236,8 @@ void fluidRunSceneLayout(id self, SEL cmd, id request, BOOL updateScenes) {
     return;
   }
   if (target == nullptr) {
-    bool showing = sendIfResponds<BOOL>(core::sharedInstanceOf("SBUIController"),
-                                        kIsAppSwitcherShowing) != 0;
+    bool showing =
+        sendIfResponds<BOOL>(core::sharedInstanceOf("SBUIController"), kIsAppSwitcherShowing) != 0;
     if (mode == kSwitcherMode && settings::current().protectSwitcher && !showing) {
       holdSwitcherOpening(self, cmd, request, updateScenes);
       return;
