@@ -57,13 +57,15 @@ bool loadExtensionLibrary(const std::string& name, std::string* error) {
   }
   std::string path(self, static_cast<size_t>(n));
   path = path.substr(0, path.find_last_of('/') + 1) + "libextension-" + name + ".so";
-  if (access(path.c_str(), R_OK) != 0) {
-    *error = "no image " + name + " on this device";
-    return false;
-  }
+  // The loader opens the file itself: asking libc first would see the path
+  // through the device's file system, and a build kept under /tmp would
+  // then be looked for inside the device.
   if (dlopen(path.c_str(), RTLD_NOW | RTLD_GLOBAL) == nullptr) {
     const char* why = dlerror();
-    *error = "image " + name + " did not load: " + (why != nullptr ? why : "unknown");
+    std::string reason = why != nullptr ? why : "unknown";
+    *error = reason.find("No such file") != std::string::npos
+                 ? "no image " + name + " on this device"
+                 : "image " + name + " did not load: " + reason;
     return false;
   }
   return true;
