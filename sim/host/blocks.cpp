@@ -82,6 +82,9 @@ void install(const BlockClass& kind) {
                   reinterpret_cast<IMP>(blockCopyWithZone), "@@:^v");
   size_t size = std::min(malloc_usable_size(built), sizeof(_NSConcreteStackBlock));
   std::memcpy(kind.storage, built, size);
+  // The class lives on in the storage; the runtime has not seen the first
+  // copy (it is registered only below), so it is given back.
+  free(built);
   objc_registerClassPair(reinterpret_cast<Class>(kind.storage));
 }
 
