@@ -90,6 +90,13 @@ bool endProcess(pid_t pid, int timeoutMs, int* status) {
   return true;
 }
 
+// True iff `path`, with "." and ".." resolved, lies under the folder `root`.
+bool isInside(const std::string& root, const std::string& path) {
+  std::string normal = std::filesystem::path(path).lexically_normal().string();
+  return normal.size() > root.size() && normal.compare(0, root.size(), root) == 0 &&
+         normal[root.size()] == '/';
+}
+
 }  // namespace
 
 Device::Device(DeviceOptions options) : options_(std::move(options)) {
@@ -427,6 +434,10 @@ Value Device::readPreference(const std::string& domain, const std::string& key) 
 
 bool Device::writeFile(const std::string& devicePath, const Value& value) {
   std::string path = realPath(devicePath);
+  if (!isInside(root_, path)) {
+    note("device", "file", devicePath + " (outside the device's root: not written)");
+    return false;
+  }
   std::error_code ec;
   std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ec);
   bool ok = writePlistFile(path, value, PlistFormat::kXml);
@@ -436,6 +447,10 @@ bool Device::writeFile(const std::string& devicePath, const Value& value) {
 
 bool Device::writeRawFile(const std::string& devicePath, const std::vector<uint8_t>& bytes) {
   std::string path = realPath(devicePath);
+  if (!isInside(root_, path)) {
+    note("device", "file", devicePath + " (outside the device's root: not written)");
+    return false;
+  }
   std::error_code ec;
   std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ec);
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
