@@ -213,6 +213,11 @@ bool Device::running(const std::string& process) const {
   return const_cast<Device*>(this)->find(process) != nullptr;
 }
 
+pid_t Device::pidOf(const std::string& process) const {
+  const Host* h = const_cast<Device*>(this)->find(process);
+  return h == nullptr ? -1 : h->pid;
+}
+
 Value Device::helloFor(const Host& host) const {
   const OsProfile* os = osProfile(options_.version);
   Value::Array io;
@@ -502,6 +507,7 @@ void Device::deliverWifi() {
 void Device::advance(double seconds) {
   int64_t target = now_ + (seconds > 0 ? std::llround(seconds * 1e9) : 0);
   for (;;) {
+    watchHosts();
     settle();
     std::optional<int64_t> earliest;
     for (auto& h : hosts_) {
@@ -538,6 +544,15 @@ void Device::settle() {
     runCommand(*due, message("run"));
   }
   if (fault_.empty()) fault_ = "the device did not settle: the hosts keep handing work to each other";
+}
+
+void Device::watchHosts() {
+  for (auto& h : hosts_) {
+    int status = 0;
+    if (!h->alive || h->pid <= 0 || waitpid(h->pid, &status, WNOHANG) != h->pid) continue;
+    h->pid = -1;  // reaped: lost() has nothing left to wait for
+    lost(*h, "crashed while idle: " + describeStatus(status));
+  }
 }
 
 void Device::lost(Host& host, const std::string& why) {
