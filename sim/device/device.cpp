@@ -90,6 +90,13 @@ bool endProcess(pid_t pid, int timeoutMs, int* status) {
   return true;
 }
 
+// True iff `path`, with "." and ".." resolved, lies under the folder `root`.
+bool isInside(const std::string& root, const std::string& path) {
+  std::string normal = std::filesystem::path(path).lexically_normal().string();
+  return normal.size() > root.size() && normal.compare(0, root.size(), root) == 0 &&
+         normal[root.size()] == '/';
+}
+
 }  // namespace
 
 Device::Device(DeviceOptions options) : options_(std::move(options)) {
@@ -204,6 +211,11 @@ Device::Host* Device::find(const std::string& process) {
 
 bool Device::running(const std::string& process) const {
   return const_cast<Device*>(this)->find(process) != nullptr;
+}
+
+pid_t Device::pidOf(const std::string& process) const {
+  const Host* h = const_cast<Device*>(this)->find(process);
+  return h == nullptr ? -1 : h->pid;
 }
 
 Value Device::helloFor(const Host& host) const {
@@ -427,6 +439,10 @@ Value Device::readPreference(const std::string& domain, const std::string& key) 
 
 bool Device::writeFile(const std::string& devicePath, const Value& value) {
   std::string path = realPath(devicePath);
+  if (!isInside(root_, path)) {
+    note("device", "file", devicePath + " (outside the device's root: not written)");
+    return false;
+  }
   std::error_code ec;
   std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ec);
   bool ok = writePlistFile(path, value, PlistFormat::kXml);
@@ -436,6 +452,10 @@ bool Device::writeFile(const std::string& devicePath, const Value& value) {
 
 bool Device::writeRawFile(const std::string& devicePath, const std::vector<uint8_t>& bytes) {
   std::string path = realPath(devicePath);
+  if (!isInside(root_, path)) {
+    note("device", "file", devicePath + " (outside the device's root: not written)");
+    return false;
+  }
   std::error_code ec;
   std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ec);
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
@@ -487,6 +507,7 @@ void Device::deliverWifi() {
 void Device::advance(double seconds) {
   int64_t target = now_ + (seconds > 0 ? std::llround(seconds * 1e9) : 0);
   for (;;) {
+    watchHosts();
     settle();
     std::optional<int64_t> earliest;
     for (auto& h : hosts_) {
@@ -523,6 +544,15 @@ void Device::settle() {
     runCommand(*due, message("run"));
   }
   if (fault_.empty()) fault_ = "the device did not settle: the hosts keep handing work to each other";
+}
+
+void Device::watchHosts() {
+  for (auto& h : hosts_) {
+    int status = 0;
+    if (!h->alive || h->pid <= 0 || waitpid(h->pid, &status, WNOHANG) != h->pid) continue;
+    h->pid = -1;  // reaped: lost() has nothing left to wait for
+    lost(*h, "crashed while idle: " + describeStatus(status));
+  }
 }
 
 void Device::lost(Host& host, const std::string& why) {

@@ -63,6 +63,9 @@ class Device {
   bool start(const std::string& process, std::string* error);
   bool running(const std::string& process) const;
 
+  // The operating-system process id of a running host, or -1.
+  pid_t pidOf(const std::string& process) const;
+
   // The process dies at once, as a crash would, with nothing said to it; a
   // start brings it back. False with *error when it is not running.
   bool kill(const std::string& process, std::string* error);
@@ -121,6 +124,11 @@ class Device {
 
   EventLog& log() { return log_; }
   void note(const std::string& process, const std::string& kind, const std::string& details);
+
+  // Notices hosts that died while nothing was asked of them (between
+  // commands, while time passes): each becomes a fault, with its exit
+  // status, now rather than at the next command it would have been sent.
+  void watchHosts();
 
   // The first fatal fault (a host crashed or stopped answering), or "".
   const std::string& fault() const { return fault_; }

@@ -1,8 +1,12 @@
 // Runs scenarios against a simulated device.
 #include "sim/device/runner.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <chrono>
 #include <cmath>
+#include <iterator>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -327,6 +331,7 @@ class Runner {
       if (options_.album != nullptr) options_.album->addLine(text);
       std::string failure;
       bool ok = execute(statement, &failure);
+      if (ok && device_) device_->watchHosts();
       if (ok && device_ && !device_->fault().empty()) {
         ok = false;
         failure = device_->fault();
@@ -1180,6 +1185,109 @@ int printInstallReport(const std::string& process, const std::string& deviceLine
   return 0;
 }
 
+namespace {
+
+// A host's resident memory in kilobytes and its CPU time in seconds, as the
+// kernel counts them; zeros when it cannot be read.
+struct HostUse {
+  long residentKb = 0;
+  double cpuSeconds = 0;
+};
+
+HostUse hostUse(pid_t pid) {
+  HostUse use;
+  std::ifstream status("/proc/" + std::to_string(pid) + "/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.rfind("VmRSS:", 0) == 0) use.residentKb = std::atol(line.c_str() + 6);
+  }
+  std::ifstream stat("/proc/" + std::to_string(pid) + "/stat");
+  std::string text((std::istreambuf_iterator<char>(stat)), std::istreambuf_iterator<char>());
+  // The fields after the command name (which may hold spaces): utime is the 14th.
+  std::istringstream fields(text.substr(text.rfind(')') + 2));
+  std::vector<std::string> f{std::istream_iterator<std::string>(fields), {}};
+  if (f.size() > 12) {
+    use.cpuSeconds = static_cast<double>(std::atoll(f[11].c_str()) + std::atoll(f[12].c_str())) /
+                     static_cast<double>(sysconf(_SC_CLK_TCK));
+  }
+  return use;
+}
+
+double wallSeconds() {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
+}
+
+}  // namespace
+
+int runPromptCycles(int count, int every, const std::string& deviceLine, const RunOptions& options) {
+  constexpr const char* kApp = "com.apple.MobileSMS";
+  std::string text = "device " + deviceLine + "\nprefs protected [\"" + kApp +
+                     "\"]\nprefs passcode \"1234\"\n";
+  auto parsed = parseScenario(text, "--device");
+  if (auto* error = std::get_if<ParseError>(&parsed)) {
+    std::fprintf(stderr, "kavelin-sim prompt-cycles: %s\n", error->message.c_str());
+    return 2;
+  }
+  Runner runner(options);
+  std::string failure;
+  for (const auto& s : std::get<Scenario>(parsed).statements) {
+    if (!runner.describeWith(s, &failure)) {
+      std::fprintf(stderr, "kavelin-sim prompt-cycles: %s\n", failure.c_str());
+      return 2;
+    }
+  }
+  Device& device = runner.device();
+  if (!device.start("SpringBoard", &failure)) {
+    std::fprintf(stderr, "kavelin-sim prompt-cycles: %s\n", failure.c_str());
+    return 1;
+  }
+  // One cycle: the tap is held for the prompt, which is cancelled; the
+  // prompt's delayed work runs out before the next tap.
+  auto cycle = [&]() {
+    Value result;
+    if (!device.action("SpringBoard", "tap", {kApp}, kApp, &result, &failure)) return false;
+    device.advance(0.5);
+    if (!device.action("SpringBoard", "prompt", {"button", "0"}, "button 0", &result, &failure)) {
+      return false;
+    }
+    device.advance(2.5);
+    return device.fault().empty() || (failure = device.fault(), false);
+  };
+  if (!cycle()) {
+    std::fprintf(stderr, "kavelin-sim prompt-cycles: %s\n", failure.c_str());
+    return 1;
+  }
+  pid_t pid = device.pidOf("SpringBoard");
+  std::fprintf(options.out, "prompt cycles in SpringBoard on %s (tap %s, prompt, Cancel)\n",
+               deviceLine.c_str(), kApp);
+  std::fprintf(options.out, "%8s %12s %14s %16s\n", "cycles", "RSS (KB)", "ms a prompt",
+               "host CPU ms");
+  HostUse before = hostUse(pid);
+  double started = wallSeconds();
+  for (int done = 1; done <= count; ++done) {
+    if (!cycle()) {
+      std::fprintf(stderr, "kavelin-sim prompt-cycles: after %d cycles: %s\n", done - 1,
+                   failure.c_str());
+      return 1;
+    }
+    if (done % every != 0 && done != count) continue;
+    int stretch = done % every == 0 ? every : done % every;
+    HostUse now = hostUse(pid);
+    double ended = wallSeconds();
+    std::fprintf(options.out, "%8d %12ld %14.3f %16.3f\n", done, now.residentKb,
+                 (ended - started) * 1000 / stretch,
+                 (now.cpuSeconds - before.cpuSeconds) * 1000 / stretch);
+    std::fflush(options.out);
+    before = now;
+    started = ended;
+  }
+  std::string ending = device.shutDown();
+  if (!ending.empty()) {
+    std::fprintf(stderr, "kavelin-sim prompt-cycles: at the end: %s\n", ending.c_str());
+    return 1;
+  }
+  return 0;
+}
+
 bool runScenario(const Scenario& scenario, const RunOptions& options) {
   Runner runner(options);
   return runner.run(scenario);
@@ -1209,6 +1317,10 @@ std::string helpText() {
       "  kavelin-sim signatures TABLE     hold the library's rows and the simulated methods of\n"
       "                                   every version against the types iOS declares\n"
       "                                   (tests/platform-signatures.tsv); exit 1 on a difference\n"
+      "  kavelin-sim prompt-cycles COUNT [--every N] [--device \"DEVICE-LINE\"]\n"
+      "                                   tap a protected app, see the prompt, cancel it, COUNT\n"
+      "                                   times; every N (1000) cycles print SpringBoard's\n"
+      "                                   resident memory and a prompt's wall and CPU time\n"
       "  kavelin-sim help                 this text\n\n"
       "statements (one a line; # starts a comment):\n"
       "  device iphone|ipad ios VERSION [touchid|faceid|none] [identities N] "

@@ -36,6 +36,13 @@ bool runScenario(const Scenario& scenario, const RunOptions& options);
 int printInstallReport(const std::string& process, const std::string& deviceLine,
                        const std::vector<std::string>& extensions, const RunOptions& options);
 
+// Runs `count` prompt cycles in SpringBoard on the device a "device ..."
+// line describes (a tap on a protected app, the prompt, its Cancel button)
+// and prints, every `every` cycles, the host's resident memory and the time
+// a prompt took over the last stretch (wall and host CPU time). Answers the
+// exit status (0, 2 for bad words, 1 when the device failed).
+int runPromptCycles(int count, int every, const std::string& deviceLine, const RunOptions& options);
+
 // The help text: every statement, action, predicate and device profile.
 std::string helpText();
 

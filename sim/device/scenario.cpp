@@ -9,7 +9,9 @@
 #include <cstdint>
 #include <set>
 
+#include "sim/common/device_paths.h"
 #include "sim/common/json.h"
+#include "sim/device/profiles.h"
 
 namespace kv::sim {
 
@@ -224,6 +226,11 @@ std::string parseDevice(const Verb& verb, const Line& line, Statement& st, Conte
     const std::string& value = line.word(i);
     if (entry->slot == DeviceSlot::kVersion) {
       if (!isVersion(value)) return usageError(verb, "bad version '" + value + "'");
+      if (osProfile(value) == nullptr) {
+        std::string known;
+        for (const OsProfile& p : osProfiles()) known += " " + std::string(p.version);
+        return "no iOS " + value + " profile; expected one of" + known;
+      }
       st.device.version = value;
     } else {
       std::optional<int> n = readNumber<int>(value);
@@ -238,14 +245,49 @@ std::string parseDevice(const Verb& verb, const Line& line, Statement& st, Conte
   return {};
 }
 
+// Reads a file statement's path: absolute, with "." and ".." resolved
+// within it, and inside one of the device's folders, so that nothing a
+// scenario writes lands outside the device's root. Answers a message when
+// the path is not such a path, else "" with *out the resolved path.
+std::string devicePath(const Verb& verb, const std::string& path, std::string* out) {
+  if (path.empty() || path.front() != '/') {
+    return usageError(verb, "path '" + path + "' is not absolute");
+  }
+  std::vector<std::string_view> parts;
+  std::string_view rest = path;
+  while (!rest.empty()) {
+    size_t slash = rest.find('/');
+    std::string_view part = rest.substr(0, slash);
+    rest.remove_prefix(slash == std::string_view::npos ? rest.size() : slash + 1);
+    if (part.empty() || part == ".") continue;
+    if (part != "..") {
+      parts.push_back(part);
+    } else if (parts.empty()) {
+      return "path '" + path + "' leaves the device's root";
+    } else {
+      parts.pop_back();
+    }
+  }
+  out->clear();
+  for (std::string_view part : parts) (*out += '/') += part;
+  for (const DeviceFolder& folder : kDeviceFolders) {
+    if (isUnderFolder(*out, folder.device) && *out != folder.device) return {};
+  }
+  std::string folders;
+  for (const DeviceFolder& folder : kDeviceFolders) {
+    folders += (folders.empty() ? "" : ", ") + std::string(folder.device);
+  }
+  return "path '" + path + "' is not inside the device's folders (" + folders + ")";
+}
+
 // Reads KEY JSON, for prefs (a preference key) and file (an absolute path).
 std::string parseKeyAndJson(const Verb& verb, const Line& line, Statement& st, Context&) {
   if (line.size() < 2)
     return usageError(verb, verb.kind == Kind::kFile ? "missing path" : "missing key");
   st.key = line.word(1);
   if (st.key.empty()) return usageError(verb, "empty key");
-  if (verb.kind == Kind::kFile && st.key.front() != '/') {
-    return usageError(verb, "path '" + st.key + "' is not absolute");
+  if (verb.kind == Kind::kFile) {
+    if (std::string error = devicePath(verb, line.word(1), &st.key); !error.empty()) return error;
   }
   std::string json = line.rest(1);
   if (json.empty()) return usageError(verb, "missing JSON value after " + st.key);
@@ -260,8 +302,7 @@ std::string parseKeyAndJson(const Verb& verb, const Line& line, Statement& st, C
 // (spaces between bytes allowed).
 std::string parseFileRaw(const Verb& verb, const Line& line, Statement& st, Context&) {
   if (line.size() < 3) return usageError(verb, line.size() < 2 ? "missing path" : "missing bytes");
-  st.key = line.word(1);
-  if (st.key.front() != '/') return usageError(verb, "path '" + st.key + "' is not absolute");
+  if (std::string error = devicePath(verb, line.word(1), &st.key); !error.empty()) return error;
   std::string hex;
   for (char c : line.rest(1)) {
     if (c != ' ' && c != '\t') hex.push_back(c);
@@ -538,11 +579,20 @@ std::variant<Scenario, ParseError> parseScenario(std::string_view text, const st
   Scenario scenario{file, {}};
   Context ctx;
   int number = 0;
+  // Editors that write UTF-8 with a byte-order mark put it before the first line.
+  constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+  if (text.starts_with(kByteOrderMark)) text.remove_prefix(kByteOrderMark.size());
   while (!text.empty()) {
     size_t newline = text.find('\n');
     Line line{text.substr(0, newline), {}};
     text.remove_prefix(newline == std::string_view::npos ? text.size() : newline + 1);
     ++number;
+    // A NUL byte means the file is not text: a line would silently end at it
+    // wherever a C string is made of it.
+    if (size_t nul = line.raw.find('\0'); nul != std::string_view::npos) {
+      return ParseError{file, number,
+                        "a NUL byte at column " + std::to_string(nul + 1) + " (not a text file?)"};
+    }
 
     std::string error;
     std::optional<Lexed> lexed = lex(line.raw, &error);

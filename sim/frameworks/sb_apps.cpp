@@ -11,6 +11,7 @@
 #include "sim/frameworks/springboard.h"
 #include "sim/frameworks/state.h"
 #include "sim/frameworks/system.h"
+#include "sim/frameworks/uikit.h"
 #include "sim/host/actions.h"
 #include "sim/host/classes.h"
 #include "sim/host/link.h"
@@ -278,8 +279,22 @@ bool homeScreenShows(std::string* error) {
   return true;
 }
 
+}  // namespace
+
+bool alertTakesTouch(const std::string& what) {
+  id alert = topmostAlert();
+  if (alert == nullptr) return false;
+  std::string title = platform::respondsTo(alert, Sel("title"))
+                          ? platform::toString(send<id>(alert, Sel("title")))
+                          : std::string();
+  host::logEvent("touch", what + " lands on the alert \"" + title + "\", not the home screen");
+  return true;
+}
+
+namespace {
+
 Value tapAction(const host::ActionRequest& request, std::string* error) {
-  if (!homeScreenShows(error)) return {};
+  if (!homeScreenShows(error) || alertTakesTouch("tap " + request.args[0])) return {};
   id icon = appIconNamed(request.args[0]);
   if (icon == nullptr) {
     *error = "no icon for " + request.args[0] + " on the home screen";
@@ -290,7 +305,7 @@ Value tapAction(const host::ActionRequest& request, std::string* error) {
 }
 
 Value tapFolderAction(const host::ActionRequest& request, std::string* error) {
-  if (!homeScreenShows(error)) return {};
+  if (!homeScreenShows(error) || alertTakesTouch("tap-folder " + request.args[0])) return {};
   if (id icon = folderIconNamed(request.args[0])) {
     send<void>(sharedOf("SBIconController"), Sel("iconTapped:"), icon);
     return {};
@@ -302,7 +317,7 @@ Value tapFolderAction(const host::ActionRequest& request, std::string* error) {
 // rename-folder NAME NEW-NAME: the folder's name edited on the home screen
 // ends in the folder's own setter.
 Value renameFolderAction(const host::ActionRequest& request, std::string* error) {
-  if (!homeScreenShows(error)) return {};
+  if (!homeScreenShows(error) || alertTakesTouch("rename-folder " + request.args[0])) return {};
   id icon = folderIconNamed(request.args[0]);
   if (icon == nullptr) {
     *error = "no folder named " + request.args[0];

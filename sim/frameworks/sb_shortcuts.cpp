@@ -150,6 +150,7 @@ bool forceTouchIcon(const std::string& bundle, std::string* error) {
     *error = "no icon of " + bundle + " to press";
     return false;
   }
+  if (alertTakesTouch("force press on " + bundle)) return false;
   closeShortcutMenu();
   if (!cataloguedHere("SBUIIconForceTouchViewController")) {
     showMenu(newMenu(platform::classNamed("SBApplicationShortcutMenu"), bundle, true));
@@ -196,6 +197,7 @@ Value peekAction(const host::ActionRequest& request, std::string* error) {
     *error = "no icon of " + name + " to press";
     return {};
   }
+  if (alertTakesTouch("peek " + name)) return {};
   closeShortcutMenu();
   presentForceTouch(name);
   return {};

@@ -207,7 +207,7 @@ bool homeScreenFree(std::string* error) {
 
 // edit-icons: a long press on an icon of the home screen.
 Value editIconsAction(const host::ActionRequest&, std::string* error) {
-  if (!homeScreenFree(error)) return {};
+  if (!homeScreenFree(error) || alertTakesTouch("long press")) return {};
   host::logEvent("icons", "long press");
   id icons = sharedOf("SBIconController");
   if (platform::respondsTo(icons, kSetIsEditingWithFeedback)) {
@@ -230,6 +230,7 @@ Value deleteIconAction(const host::ActionRequest& request, std::string* error) {
     *error = "no close box on an icon of " + bundle;
     return {};
   }
+  if (alertTakesTouch("close box of " + bundle)) return {};
   send<void>(sharedOf("SBIconController"), kIconCloseBoxTapped, iconViewNamed(bundle));
   return {};
 }
@@ -261,7 +262,7 @@ void bookmarkLaunch(id self, SEL, long, id, id, id) {
 
 // tap-bookmark NAME: a web bookmark's icon on the home screen.
 Value tapBookmarkAction(const host::ActionRequest& request, std::string* error) {
-  if (!homeScreenFree(error)) return {};
+  if (!homeScreenFree(error) || alertTakesTouch("tap-bookmark " + request.args[0])) return {};
   for (auto& icon : bookmarkIcons()) {
     if (stateOf<BookmarkState>(icon.get()).name == request.args[0]) {
       send<void>(sharedOf("SBIconController"), kIconTapped, icon.get());

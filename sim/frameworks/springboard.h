@@ -53,6 +53,11 @@ id appIconNamed(const std::string& bundleIdentifier);
 // The home screen's first folder icon of that display name, or nil.
 id folderIconNamed(const std::string& displayName);
 
+// True iff a visible alert (the Kavelin prompt or any other) takes a touch
+// meant for the home screen: its window lies over the icons, so `what` does
+// not reach them, as on a device. The timeline says where the touch went.
+bool alertTakesTouch(const std::string& what);
+
 // Brings an app to the front (or the home screen for "home"), recording it
 // and, for an app, putting it first among the recent apps. The switcher and
 // a shortcut menu close.

@@ -98,10 +98,19 @@ void loadDomain(const std::string& name, Domain& d) {
   std::string path = domainPath(name);
   auto identity = identityOf(path);
   if (d.loaded && identity && d.read == identity) return;  // unchanged since it was read
-  auto contents = kv::sim::readPlistFile(path);
-  d.values = contents ? contents->asDictionary() : Value::Dictionary{};
+  kv::sim::PlistReading reading = kv::sim::readPlist(path);
+  bool dictionary = reading.value.kind() == Value::Kind::kDictionary;
+  d.values = dictionary ? reading.value.asDictionary() : Value::Dictionary{};
   d.loaded = true;
   d.read = identity;
+  // A file the service cannot read is a domain with nothing in it, as on a
+  // device; the line says which domain, once for each version of the file.
+  using Status = kv::sim::PlistReading::Status;
+  if (reading.status == Status::kCorrupt || (reading.status == Status::kRead && !dictionary)) {
+    std::string why = reading.status == Status::kCorrupt ? reading.problem
+                                                          : "its top object is not a dictionary";
+    host::logEvent("prefs", name + ": unreadable preferences file (" + why + "), read as empty");
+  }
 }
 
 Domain& domainNamed(const std::string& name) {

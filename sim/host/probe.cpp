@@ -4,6 +4,7 @@
 #include <dlfcn.h>
 
 #include <csignal>
+#include <cstdlib>
 
 #include "platform/foundation.h"
 #include "platform/functions.h"
@@ -135,6 +136,11 @@ id clock(id, SEL) {
 void crash(id, SEL) {
   std::raise(SIGSEGV);
 }
+// The process ends with `status` one second of device time later, from its
+// own run loop: a death that comes while the scenario only lets time pass.
+void exitWhenIdle(id, SEL, int status) {
+  scheduleAfter(1.0, [status] { std::_Exit(status); });
+}
 void hang(id, SEL) {
   for (volatile bool forever = true; forever;) {
   }
@@ -262,6 +268,7 @@ void defineProbe() {
       .classMethod("clock", imp(clock), "@@:")
       .classMethod("crash", imp(crash), "v@:")
       .classMethod("hang", imp(hang), "v@:")
+      .classMethod("exitWhenIdle:", imp(exitWhenIdle), "v@:i")
       .classMethod("watchImages", imp(watchImages), "v@:")
       .classMethod("lookUp:", imp(lookUp), "v@:@")
       .classMethod("askStackBlockLength", imp(askStackBlockLength), "v@:")

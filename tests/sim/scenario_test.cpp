@@ -12,6 +12,7 @@ namespace {
 using Kind = Statement::Kind;
 using platform::Value;
 using Strings = std::vector<std::string>;
+using namespace std::string_view_literals;
 
 // Parses text that must be valid; answers an empty scenario after recording a failure.
 Scenario parseValid(const std::string& text) {
@@ -37,10 +38,10 @@ TEST(Scenario, ParsesEveryStatementWithItsFields) {
          EXPECT_EQ(s.device.identities, 0);
          EXPECT_FALSE(s.device.passcode);
        }},
-      {"device faceid identities 2 ios 11.0.1", Kind::kDevice,
+      {"device faceid identities 2 ios 11.1", Kind::kDevice,
        [](const Statement& s) {
          EXPECT_EQ(s.device.biometrics, DeviceSpec::Biometrics::kFaceId);
-         EXPECT_EQ(s.device.version, "11.0.1");
+         EXPECT_EQ(s.device.version, "11.1");
          EXPECT_EQ(s.device.identities, 2);
        }},
       {R"(prefs excluded [ "com.a.b", {"ssid": "x y"} ])", Kind::kPrefs,
@@ -186,7 +187,7 @@ TEST(Scenario, TokenizesQuotedWords) {
 
 TEST(Scenario, ReportsTheLineAndWhatWasExpected) {
   struct Case {
-    const char* text;
+    std::string_view text;
     int line;
     const char* message;  // a part of the message
   } cases[] = {
@@ -203,6 +204,16 @@ TEST(Scenario, ReportsTheLineAndWhatWasExpected) {
       {"prefs enabled [1,]", 1, "bad JSON value for enabled: expected a value at offset 3"},
       {"prefs enabled", 1, "missing JSON value after enabled; expected 'prefs KEY JSON'"},
       {"file relative.plist {}", 1, "path 'relative.plist' is not absolute"},
+      {"device ios 12.0", 1, "no iOS 12.0 profile; expected one of 8.4 9.1 9.3 10.1 10.3 11.1"},
+      {"device ios 11.0.1", 1, "no iOS 11.0.1 profile"},
+      {"file /var/../../etc/passwd {}", 1, "path '/var/../../etc/passwd' leaves the device's root"},
+      {"file-raw /tmp/../../../x 00", 1, "leaves the device's root"},
+      {"file /var/mobile/../../.. {}", 1, "leaves the device's root"},
+      {"file /etc/passwd {}", 1, "path '/etc/passwd' is not inside the device's folders"},
+      {"file-raw /var/.. 00", 1, "is not inside the device's folders"},
+      {"file /var {}", 1, "is not inside the device's folders"},
+      {"mark\nmark\0\nmark"sv, 2, "a NUL byte at column 5"},
+      {"\xEF\xBB\xBFmark\n\xEF\xBB\xBFmark", 2, "unknown statement '\xEF\xBB\xBFmark'"},
       {"prefs-delete a b", 1, "unexpected 'b'; expected 'prefs-delete KEY'"},
       {"notify n state ten", 1, "bad state 'ten'"},
       {"notify n state 18446744073709551616", 1, "bad state"},
@@ -246,6 +257,29 @@ TEST(Scenario, ReportsTheLineAndWhatWasExpected) {
     EXPECT_EQ(error->format().rfind("bad.scn:" + std::to_string(c.line) + ": ", 0), 0u)
         << error->format();
   }
+}
+
+// Byte-order marks and NUL bytes are about whole files: a mark is accepted
+// before the first line only, and what follows reads as without it.
+TEST(Scenario, AcceptsAByteOrderMarkAtTheStart) {
+  Scenario s = parseValid("\xEF\xBB\xBF# written by an editor that marks UTF-8\nmark\n");
+  ASSERT_EQ(s.statements.size(), 1u);
+  EXPECT_EQ(s.statements[0].line, 2);
+  EXPECT_EQ(s.statements[0].kind, Kind::kMark);
+  Scenario first = parseValid("\xEF\xBB\xBF" "device ios 9.3");
+  ASSERT_EQ(first.statements.size(), 1u);
+  EXPECT_EQ(first.statements[0].device.version, "9.3");
+}
+
+// A file path is resolved within the device: "." and ".." that stay inside
+// it are fine, and the statement carries the resolved path.
+TEST(Scenario, ResolvesFilePathsInsideTheDevice) {
+  Scenario s = parseValid(
+      "file /var/mobile/./Library/../Library//Preferences/a.plist {}\n"
+      "file-raw /tmp/x/../y 00\n");
+  ASSERT_EQ(s.statements.size(), 2u);
+  EXPECT_EQ(s.statements[0].key, "/var/mobile/Library/Preferences/a.plist");
+  EXPECT_EQ(s.statements[1].key, "/tmp/y");
 }
 
 }  // namespace

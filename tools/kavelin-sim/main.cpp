@@ -2,6 +2,7 @@
 //   kavelin-sim [--pictures DIR]     the tour, with its pictures
 //   kavelin-sim run [--json] [--pictures DIR] FILE...
 //                                    scenarios (exit 0 all held, 1 a failure, 2 unparsable)
+//   kavelin-sim prompt-cycles COUNT  the prompt's memory and time over many cycles
 //   kavelin-sim help                 statements, actions, predicates, profiles
 #include <cstdio>
 #include <cstdlib>
@@ -195,6 +196,31 @@ int hooks(const std::vector<std::string>& args) {
   return kv::sim::printInstallReport(process, deviceLine, extensions, defaultOptions());
 }
 
+// prompt-cycles COUNT [--every N] [--device "DEVICE-LINE"]
+int promptCycles(const std::vector<std::string>& args) {
+  int count = 0;
+  int every = 1000;
+  std::string deviceLine = "iphone ios 11.1 touchid";
+  for (size_t i = 0; i < args.size(); ++i) {
+    bool hasValue = i + 1 < args.size();
+    if (args[i] == "--device" && hasValue) {
+      deviceLine = args[++i];
+    } else if (args[i] == "--every" && hasValue) {
+      every = std::atoi(args[++i].c_str());
+    } else if (count == 0 && std::atoi(args[i].c_str()) > 0) {
+      count = std::atoi(args[i].c_str());
+    } else {
+      std::fprintf(stderr, "kavelin-sim prompt-cycles: unexpected '%s'\n", args[i].c_str());
+      return 2;
+    }
+  }
+  if (count <= 0 || every <= 0) {
+    std::fprintf(stderr, "kavelin-sim prompt-cycles: how many cycles? (a number above 0)\n");
+    return 2;
+  }
+  return kv::sim::runPromptCycles(count, every, deviceLine, defaultOptions());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -206,6 +232,7 @@ int main(int argc, char** argv) {
   if (args.empty() || args[0].rfind("--", 0) == 0) return tour(args);
   if (args[0] == "run") return run({args.begin() + 1, args.end()});
   if (args[0] == "hooks") return hooks({args.begin() + 1, args.end()});
+  if (args[0] == "prompt-cycles") return promptCycles({args.begin() + 1, args.end()});
   if (args[0] == "signatures" && args.size() == 2) {
     return kv::sim::checkSignatures(args[1], defaultOptions());
   }
