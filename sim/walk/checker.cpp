@@ -143,6 +143,13 @@ Verdict Checker::front(const std::string& bundle, bool successStep) {
   if (!protectedApp(bundle)) return {};
   bool asked = requested(bundle);
   if (exempt()) return {};
+  // A lock-screen slide-up that was let through brings its app up on the
+  // unlock: that is the person's own launch, not a held one running again.
+  auto slid = slidUp_.find(bundle);
+  if (slid != slidUp_.end() && slid->second) {
+    slidUp_.erase(slid);
+    return {};
+  }
   // A success replays the call the coordinator holds: the prompt's own, or
   // one asked for while that prompt was up (it holds one call of each kind,
   // and runs the app launch first). A held call runs once.
@@ -158,11 +165,6 @@ Verdict Checker::front(const std::string& bundle, bool successStep) {
   // The deliberate pass: a second launch while a prompt waits runs unguarded.
   if (promptUp_ && asked) return {};
   if (authenticated_.count(bundle) != 0) return {};
-  auto slid = slidUp_.find(bundle);
-  if (slid != slidUp_.end() && slid->second) {
-    slidUp_.erase(slid);
-    return {};
-  }
   return {Broken::kFrontWithoutAuthentication, bundle,
           bundle + " (protected) came to the front without authentication since the last unlock "
                    "and without an exemption"};

@@ -160,6 +160,12 @@ TEST(WalkChecker, LetsEachExemptionThrough) {
              {"finger match",
               {"lock device passcode asked for com.apple.MobileSMS", kSuccess}},
              {"SpringBoard: unlock", {kUnlock, front("com.apple.MobileSMS")}}})},
+      {"a slide-up to an app whose held launch had already run",
+       with({{"SpringBoard: tap com.apple.MobileSMS", {kShown, label("Messages")}},
+             {"finger match", {front("com.apple.MobileSMS"), kSuccess}},
+             {"SpringBoard: lock", {front("home")}},
+             {"SpringBoard: slide-up com.apple.MobileSMS", {"lock slid up to com.apple.MobileSMS"}},
+             {"SpringBoard: unlock", {kUnlock, front("com.apple.MobileSMS")}}})},
   };
   for (const auto& c : cases) {
     Verdict v = check(c.steps);
