@@ -406,6 +406,24 @@ class Runner {
   // Applies a statement that describes the device, outside a scenario run.
   bool describeWith(const Statement& s, std::string* failure) { return execute(s, failure); }
 
+  // One statement of a run that goes step by step: as run() does it.
+  bool step(const Statement& statement, std::string* failure) {
+    if (!options_.json) std::fprintf(options_.out, "  %s\n", statement.text.c_str());
+    bool ok = execute(statement, failure);
+    if (ok && device_ && !device_->fault().empty()) {
+      ok = false;
+      *failure = device_->fault();
+    }
+    flush();
+    return ok;
+  }
+  Device* existingDevice() { return device_.get(); }
+  std::string end() {
+    std::string ending = device_ ? device_->shutDown() : std::string();
+    flush();
+    return ending;
+  }
+
  private:
   bool execute(const Statement& s, std::string* failure) {
     using K = Statement::Kind;
@@ -1287,6 +1305,31 @@ int runPromptCycles(int count, int every, const std::string& deviceLine, const R
   }
   return 0;
 }
+
+class StepRunner::Impl : public Runner {
+ public:
+  using Runner::Runner;
+  std::string file;
+};
+
+StepRunner::StepRunner(const RunOptions& options, std::string file)
+    : impl_(new Impl(options)) {
+  impl_->file = std::move(file);
+}
+StepRunner::~StepRunner() { delete impl_; }
+
+bool StepRunner::step(const Statement& statement, std::string* failure) {
+  Scenario one{impl_->file, {statement}};
+  if (auto error = validateScenario(one)) {
+    *failure = error->message;
+    return false;
+  }
+  return impl_->step(statement, failure);
+}
+
+Device* StepRunner::device() { return impl_->existingDevice(); }
+
+std::string StepRunner::finish() { return impl_->end(); }
 
 bool runScenario(const Scenario& scenario, const RunOptions& options) {
   Runner runner(options);

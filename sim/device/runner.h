@@ -11,6 +11,8 @@
 
 namespace kv::sim {
 
+class Device;
+
 struct RunOptions {
   std::string hostPath;     // the kavelin-host executable
   std::string libraryPath;  // libkavelin.so
@@ -42,6 +44,32 @@ int printInstallReport(const std::string& process, const std::string& deviceLine
 // a prompt took over the last stretch (wall and host CPU time). Answers the
 // exit status (0, 2 for bad words, 1 when the device failed).
 int runPromptCycles(int count, int every, const std::string& deviceLine, const RunOptions& options);
+
+// Runs a scenario one statement at a time, for a tool that chooses the next
+// statement from what the device shows (the random walker). Each statement
+// is checked as a file's would be; the timeline goes to the options' out.
+class StepRunner {
+ public:
+  StepRunner(const RunOptions& options, std::string file);
+  ~StepRunner();
+  StepRunner(const StepRunner&) = delete;
+  StepRunner& operator=(const StepRunner&) = delete;
+
+  // Runs one statement; false with *failure when it is malformed, failed,
+  // or a host died or stopped answering meanwhile.
+  bool step(const Statement& statement, std::string* failure);
+
+  // The device, once a statement has described or started it; else null.
+  Device* device();
+
+  // Asks every host to quit. Answers what went wrong ("" when nothing): a
+  // host that did not quit, failed, or left a sanitizer's report.
+  std::string finish();
+
+ private:
+  class Impl;
+  Impl* impl_;
+};
 
 // The help text: every statement, action, predicate and device profile.
 std::string helpText();

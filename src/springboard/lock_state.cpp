@@ -351,6 +351,9 @@ void slideUpFinalizeGesture(id self, SEL cmd) {
   if (isProtected && gatePasses()) {
     Retained call = platform::invocationOf(self, cmd);
     if (call) {
+      // The gesture's controller may go once the gesture ends; the held call
+      // keeps it until the replay.
+      platform::retainArguments(call.get());
       core::setInvocation(call.get());
       core::setRestrictedTitle(platform::toString(identifier) + kLockScreenFormat);
       id lockScreen = sendIfResponds<id>(core::sharedInstanceOf("SBLockScreenManager"),
