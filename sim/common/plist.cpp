@@ -22,9 +22,16 @@ std::optional<platform::Value> readPlistFile(const std::string& path) {
   if (data == nullptr || send<platform::UInteger>(data, Sel("length")) == 0) return std::nullopt;
   id error = nullptr;
   platform::UInteger format = 0;
-  id plist = sendClass<id>(platform::classNamed("NSPropertyListSerialization"),
-                           Sel("propertyListWithData:options:format:error:"), data,
-                           platform::UInteger{0}, &format, &error);
+  id plist = nullptr;
+  try {
+    plist = sendClass<id>(platform::classNamed("NSPropertyListSerialization"),
+                          Sel("propertyListWithData:options:format:error:"), data,
+                          platform::UInteger{0}, &format, &error);
+  } catch (...) {
+    // GNUstep's binary reader raises on some damaged headers (an offset size
+    // it does not know) instead of returning an error: that is a bad file.
+    return std::nullopt;
+  }
   if (plist == nullptr) return std::nullopt;
   return platform::valueOf(plist);
 }
