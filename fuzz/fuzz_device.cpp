@@ -7,6 +7,7 @@
 #include <fuzzer/FuzzedDataProvider.h>
 
 #include <cstddef>
+#include <cctype>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -35,6 +36,8 @@ const Words kRequestKeys = {"settingsName", "appid", "showsInLockScreen"};
 const char* const kVersions[] = {"8.4", "9.3", "10.3", "11.1"};
 const char* const kPrefsFile = "/var/mobile/Library/Preferences/net.quorvan.kavelin.plist";
 
+std::string prefKey(FuzzedDataProvider& in);
+
 // What a person or another process does, one scenario line.
 std::string action(FuzzedDataProvider& in) {
   switch (in.ConsumeIntegralInRange<int>(0, 13)) {
@@ -57,7 +60,7 @@ std::string action(FuzzedDataProvider& in) {
                  kv::fuzz::fuzzedDictionary(in, kRequestKeys, kStrings, 2)));
     case 10: return "com.quorvan.notesplus: read-reply " + kNames.pick(in);
     case 11:
-      return "prefs " + kPrefKeys.pick(in) + " " + kv::sim::toJson(kv::fuzz::fuzzedValue(in, kStrings, 1));
+      return "prefs " + prefKey(in) + " " + kv::sim::toJson(kv::fuzz::fuzzedValue(in, kStrings, 1));
     case 12: return "respring";
     default: {
       // The preference file replaced by bytes of any kind, then the change announced.
@@ -75,6 +78,16 @@ std::string action(FuzzedDataProvider& in) {
   }
 }
 
+// A preference key as one word of a scenario line: arbitrary text keeps only
+// the characters a key may have there.
+std::string prefKey(FuzzedDataProvider& in) {
+  std::string key;
+  for (char c : kPrefKeys.pick(in)) {
+    if (std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '_' || c == '-') key += c;
+  }
+  return key.empty() ? "unknownKey" : key;
+}
+
 std::string scenarioText(FuzzedDataProvider& in) {
   std::string version = kVersions[in.ConsumeIntegralInRange<size_t>(0, 3)];
   std::string text = "device iphone ios " + version;
@@ -82,7 +95,7 @@ std::string scenarioText(FuzzedDataProvider& in) {
   text += " identities " + std::to_string(in.ConsumeIntegralInRange(0, 2));
   text += "\n";
   for (int n = in.ConsumeIntegralInRange(0, 3); n > 0; --n) {
-    text += "prefs " + kPrefKeys.pick(in) + " " +
+    text += "prefs " + prefKey(in) + " " +
             kv::sim::toJson(kv::fuzz::fuzzedValue(in, kStrings, 1)) + "\n";
   }
   text += "start SpringBoard app com.quorvan.notesplus\n";
