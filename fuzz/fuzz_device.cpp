@@ -36,7 +36,7 @@ const Words kRequestKeys = {"settingsName", "appid", "showsInLockScreen"};
 const char* const kVersions[] = {"8.4", "9.3", "10.3", "11.1"};
 const char* const kPrefsFile = "/var/mobile/Library/Preferences/net.quorvan.kavelin.plist";
 
-std::string prefKey(FuzzedDataProvider& in);
+std::string word(FuzzedDataProvider& in, const kv::fuzz::Words& words);
 
 // What a person or another process does, one scenario line.
 std::string action(FuzzedDataProvider& in) {
@@ -51,16 +51,16 @@ std::string action(FuzzedDataProvider& in) {
     case 6: return in.ConsumeBool() ? "SpringBoard: lock" : "SpringBoard: unlock";
     case 7: return "SpringBoard: home";
     case 8:
-      return "SpringBoard: message " + kNames.pick(in) + " " +
+      return "SpringBoard: message " + word(in, kNames) + " " +
              kv::sim::toJson(Value::dictionary(
                  kv::fuzz::fuzzedDictionary(in, kRequestKeys, kStrings, 2)));
     case 9:
-      return "com.quorvan.notesplus: request " + kNames.pick(in) + " " +
+      return "com.quorvan.notesplus: request " + word(in, kNames) + " " +
              kv::sim::toJson(Value::dictionary(
                  kv::fuzz::fuzzedDictionary(in, kRequestKeys, kStrings, 2)));
-    case 10: return "com.quorvan.notesplus: read-reply " + kNames.pick(in);
+    case 10: return "com.quorvan.notesplus: read-reply " + word(in, kNames);
     case 11:
-      return "prefs " + prefKey(in) + " " + kv::sim::toJson(kv::fuzz::fuzzedValue(in, kStrings, 1));
+      return "prefs " + word(in, kPrefKeys) + " " + kv::sim::toJson(kv::fuzz::fuzzedValue(in, kStrings, 1));
     case 12: return "respring";
     default: {
       // The preference file replaced by bytes of any kind, then the change announced.
@@ -78,14 +78,14 @@ std::string action(FuzzedDataProvider& in) {
   }
 }
 
-// A preference key as one word of a scenario line: arbitrary text keeps only
-// the characters a key may have there.
-std::string prefKey(FuzzedDataProvider& in) {
-  std::string key;
-  for (char c : kPrefKeys.pick(in)) {
-    if (std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '_' || c == '-') key += c;
+// A key or name as one word of a scenario line: arbitrary text keeps only
+// the characters such a word may have there.
+std::string word(FuzzedDataProvider& in, const kv::fuzz::Words& words) {
+  std::string picked;
+  for (char c : words.pick(in)) {
+    if (std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '_' || c == '-') picked += c;
   }
-  return key.empty() ? "unknownKey" : key;
+  return picked.empty() ? "unknown" : picked;
 }
 
 std::string scenarioText(FuzzedDataProvider& in) {
@@ -95,7 +95,7 @@ std::string scenarioText(FuzzedDataProvider& in) {
   text += " identities " + std::to_string(in.ConsumeIntegralInRange(0, 2));
   text += "\n";
   for (int n = in.ConsumeIntegralInRange(0, 3); n > 0; --n) {
-    text += "prefs " + prefKey(in) + " " +
+    text += "prefs " + word(in, kPrefKeys) + " " +
             kv::sim::toJson(kv::fuzz::fuzzedValue(in, kStrings, 1)) + "\n";
   }
   text += "start SpringBoard app com.quorvan.notesplus\n";
