@@ -215,7 +215,10 @@ id makeObject(const Value& value) {
       id dict = sendClass<id>(cls("NSMutableDictionary"), kDictionary);
       for (const auto& [key, item] : value.asDictionary()) {
         id element = makeObject(item);
-        if (element != nullptr) send<void>(dict, kSetObjectForKey, element, makeString(key));
+        // A key that is not UTF-8 makes no string; the entry is dropped
+        // rather than raising in setObject:forKey:.
+        id name = makeString(key);
+        if (element != nullptr && name != nullptr) send<void>(dict, kSetObjectForKey, element, name);
       }
       return dict;
     }

@@ -79,6 +79,19 @@ TEST_F(Foundation, ValuesRoundTripThroughFoundationObjects) {
   EXPECT_EQ(platform::valueOf(nullptr).kind(), Value::Kind::kNone);
 }
 
+TEST_F(Foundation, EntriesWithoutAStringFormAreDropped) {
+  // Bytes that are not UTF-8 make no string: as a key or an element the entry
+  // is left out, the rest of the container stays.
+  const std::string bad("\xe7\xb9\xaf\xff", 4);
+  ASSERT_EQ(platform::makeString(bad), nullptr);
+  id dict = platform::makeObject(Value::dictionary({{bad, Value::integer(1)},
+                                                    {"kept", Value::string(bad)},
+                                                    {"also", Value::integer(2)}}));
+  EXPECT_EQ(platform::valueOf(dict), Value::dictionary({{"also", Value::integer(2)}}));
+  id array = platform::makeObject(Value::array({Value::string(bad), Value::string("a")}));
+  EXPECT_EQ(platform::valueOf(array), Value::array({Value::string("a")}));
+}
+
 TEST_F(Foundation, ValueForKeyReadsThroughKeyValueCoding) {
   id dict = platform::makeObject(Value::dictionary({{"name", Value::string("Photos")}}));
   EXPECT_EQ(platform::toString(platform::valueForKey(dict, "name")), "Photos");

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -285,6 +286,26 @@ TEST(PreferencesService, ACorruptDomainReadsAsEmptyWithOneLine) {
   }
   setDeviceRoot("");
   std::filesystem::remove_all(root);
+}
+
+// Inputs the fuzzers found ending the process, each read as nothing now.
+TEST(PlistFileFound, DamagedFilesReadAsNothing) {
+  platform::AutoreleasePool pool;
+  const std::string path = ::testing::TempDir() + "plist_found.plist";
+  // A binary header whose trailer declares an offset size the reader does not
+  // know raised out of the reader.
+  const std::string unknownOffsetSize(
+      "bplist00\xd6\x01\x02\x03\x04\x05\x06\x07\x08\x09\x07\x0a\x0b"
+      "WEnabledYIconColorV",
+      40);
+  for (const std::string& bytes : {std::string("bplist00"),
+                                   std::string("<?xml version=\"1.0\"?><plist><dict><key>"),
+                                   unknownOffsetSize}) {
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
+    EXPECT_EQ(readPlistFile(path), std::nullopt) << bytes.size() << " bytes";
+  }
+  std::remove(path.c_str());
+  EXPECT_EQ(readPlistFile(path + ".missing"), std::nullopt);
 }
 
 }  // namespace

@@ -1,0 +1,182 @@
+// Fuzzes the settings loader with preference domains the settings pane never
+// writes: every key with a value of any kind, on iOS 10 or 11, with or
+// without enrolled fingers. Whatever is stored, the loader must not crash,
+// and its rules must hold: a bad value never switches protection off.
+//  - passcode-only needs a passcode; a passcode with nothing enrolled is the
+//    only way;
+//  - a list keeps exactly its string entries, in order; anything but a list
+//    is an empty one;
+//  - a flag stored as a number is that number's truth, a passcode stored as
+//    a whole number is its decimal text;
+//  - iOS 11 shows no notifications protected and never unlocks by finger;
+//  - the caller-name state says "off" whenever protection is off.
+#include <fuzzer/FuzzedDataProvider.h>
+#include <unistd.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+
+#include "fuzz/fuzzed_values.h"
+#include "platform/foundation.h"
+#include "platform/runtime.h"
+#include "settings/notifications.h"
+#include "settings/settings.h"
+#include "sim/common/plist.h"
+#include "sim/host/classes.h"
+#include "sim/host/fs_redirect.h"
+#include "sim/host/profile.h"
+#include "startup/flags.h"
+
+namespace {
+
+using kv::fuzz::Words;
+using kv::platform::Value;
+using kv::settings::Settings;
+
+constexpr const char* kFile = "/var/mobile/Library/Preferences/net.quorvan.kavelin.plist";
+
+int gIdentities = 1;
+
+id identities(id, SEL, id) {
+  id list = kv::platform::sendClass<id>(kv::platform::classNamed("NSMutableArray"),
+                                        kv::platform::Sel("array"));
+  for (int i = 0; i < gIdentities; ++i) {
+    kv::platform::send<void>(list, kv::platform::Sel("addObject:"),
+                             kv::platform::makeString("identity"));
+  }
+  return list;
+}
+id manager(id cls, SEL) {
+  return cls;
+}
+
+const Words kKeys = {
+    "onlyPasscode", "passcode", "shouldShowExperimentalAlert", "Enabled", "callerNameProtected",
+    "HideCallerAfterLifting", "IconColor", "VibrateOnError", "hapticSetting", "haptic",
+    "keepSession", "protectSwitcher", "protectPowerDown", "protectPowerDownOnCriticalBattery",
+    "protectRespring", "blurAppSwitcher", "showKavelinedText", "protectSIMUnlock",
+    "protectMovingApps", "unlockUsingTouchID", "CloseProtectedFoldersAfterLaunchingApp",
+    "QuitProtectedAppsOnDeviceLock", "showProtectedItemName", "appsInFoldersAreStillProtected",
+    "protectSiri", "protected", "protectedNotifications", "protectedSettings",
+    "protectedSwitches", "protectedFolders", "protectedCCItems", "protectedCCSettingsItems",
+    "allowedWiFis"};
+const Words kStrings = {"YES", "NO", "true", "false", "1", "0", "7", "-2", "1234", " 12",
+                        "com.apple.mobileslideshow", "com.apple.MobileSMS", "Kavelin", ""};
+
+struct ListKey {
+  const char* key;
+  kv::settings::ItemList Settings::*slot;
+};
+const ListKey kLists[] = {
+    {"protected", &Settings::protectedApps},
+    {"protectedNotifications", &Settings::protectedNotifications},
+    {"protectedSettings", &Settings::protectedSettings},
+    {"protectedSwitches", &Settings::protectedSwitches},
+    {"protectedFolders", &Settings::protectedFolders},
+    {"protectedCCItems", &Settings::protectedCCItems},
+    {"protectedCCSettingsItems", &Settings::protectedCCSettingsItems},
+};
+
+struct FlagKey {
+  const char* key;
+  bool Settings::*slot;
+};
+const FlagKey kFlags[] = {
+    {"shouldShowExperimentalAlert", &Settings::shouldShowExperimentalAlert},
+    {"Enabled", &Settings::enabled},
+    {"HideCallerAfterLifting", &Settings::hideCallerAfterLifting},
+    {"VibrateOnError", &Settings::vibrateOnError},
+    {"hapticSetting", &Settings::hapticSetting},
+    {"keepSession", &Settings::keepSession},
+    {"protectSwitcher", &Settings::protectSwitcher},
+    {"protectPowerDown", &Settings::protectPowerDown},
+    {"protectRespring", &Settings::protectRespring},
+    {"protectSIMUnlock", &Settings::protectSIMUnlock},
+    {"protectMovingApps", &Settings::protectMovingApps},
+    {"showProtectedItemName", &Settings::showProtectedItemName},
+    {"protectSiri", &Settings::protectSiri},
+};
+
+void check(bool holds) {
+  if (!holds) std::abort();
+}
+
+// A flag stored as a bool or a whole number reads as its truth.
+void checkFlag(const Value& stored, bool loaded) {
+  if (stored.kind() == Value::Kind::kBool) check(loaded == stored.asBool());
+  if (stored.kind() == Value::Kind::kInteger) check(loaded == (stored.asInteger() != 0));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerInitialize(int*, char***) {
+  char pattern[] = "/tmp/kavelin-fuzz-settings-XXXXXX";
+  const char* root = mkdtemp(pattern);
+  if (root == nullptr) std::abort();
+  kv::sim::setDeviceRoot(root);
+  std::filesystem::create_directories(std::string(root) + "/private/var/mobile/Library/Preferences");
+  kv::platform::AutoreleasePool pool;
+  kv::sim::host::ClassBuilder("BiometricKit", "NSObject")
+      .classMethod("manager", kv::sim::host::imp(manager), "@@:")
+      .classMethod("identities:", kv::sim::host::imp(identities), "@@:@")
+      .build();
+  kv::sim::host::Profile p;
+  p.ioServices = {"AppleMesa"};
+  kv::sim::host::setProfile(p);
+  kv::startup::flags().isIOS8OrLater = true;
+  return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  FuzzedDataProvider in(data, size);
+  kv::platform::AutoreleasePool pool;
+  gIdentities = in.ConsumeIntegralInRange<int>(0, 2);
+  bool ios11 = in.ConsumeBool();
+  kv::startup::flags().isIOS10OrLater = ios11 || in.ConsumeBool();
+  kv::startup::flags().isIOS11 = ios11;
+  kv::startup::setRole(in.ConsumeBool() ? kv::startup::Role::kSpringBoard
+                                        : kv::startup::Role::kSettings);
+  auto format = in.ConsumeBool() ? kv::sim::PlistFormat::kXml : kv::sim::PlistFormat::kBinary;
+  Value::Dictionary domain = kv::fuzz::fuzzedDictionary(in, kKeys, kStrings, 12);
+  if (!kv::sim::writePlistFile(kFile, Value::dictionary(std::move(domain)), format)) return 0;
+  // What the preferences service will hand out, as it reads the file.
+  Value stored = kv::sim::readPlistFile(kFile).value_or(Value());
+
+  kv::settings::load();
+  const Settings& s = kv::settings::current();
+
+  check(!s.onlyPasscode || s.passcode.has_value());
+  check(!(s.passcode && gIdentities == 0) || s.onlyPasscode);
+  check(s.effectiveHaptic() == (s.hapticSetting ? s.haptic : 0));
+  if (ios11) check(s.protectedNotifications.empty() && !s.unlockUsingTouchID);
+  if (kv::startup::flags().isIOS10OrLater && !s.enabled) {
+    check(kv::settings::stateOf(kv::settings::Note::kCallerIdHandling) == 0);
+  }
+  for (const ListKey& list : kLists) {
+    if (ios11 && list.slot == &Settings::protectedNotifications) continue;
+    std::vector<std::string> expected;
+    for (const Value& item : stored[list.key].asArray()) {
+      if (item.kind() == Value::Kind::kString) expected.push_back(item.asString());
+    }
+    check((s.*list.slot) == expected);
+  }
+  for (const FlagKey& flag : kFlags) checkFlag(stored[flag.key], s.*flag.slot);
+  const Value& passcode = stored["passcode"];
+  if (passcode.kind() == Value::Kind::kString) check(s.passcode == passcode.asString());
+  if (passcode.kind() == Value::Kind::kInteger) {
+    check(s.passcode == std::to_string(passcode.asInteger()));
+  }
+  if (passcode.kind() == Value::Kind::kDictionary || passcode.kind() == Value::Kind::kArray) {
+    check(!s.passcode.has_value());
+  }
+  const Value& haptic = stored["haptic"];
+  if (haptic.kind() == Value::Kind::kInteger && haptic.asInteger() >= INT32_MIN &&
+      haptic.asInteger() <= INT32_MAX) {
+    check(s.haptic == haptic.asInteger());
+  }
+  (void)kv::settings::readAllowedWiFis();
+  return 0;
+}
