@@ -74,6 +74,10 @@ struct FileIdentity {
 
 struct Domain {
   Value::Dictionary values;
+  // The objects handed out for its keys: the preferences service keeps its
+  // values in memory and hands out the same immutable object until the
+  // value changes, so a caller can tell an unchanged value by its identity.
+  std::map<std::string, Retained> objects;
   bool loaded = false;
   bool dirty = false;
   std::optional<FileIdentity> read;  // none: never read, or there was no file
@@ -100,6 +104,7 @@ void loadDomain(const std::string& name, Domain& d) {
   if (d.loaded && identity && d.read == identity) return;  // unchanged since it was read
   auto contents = kv::sim::readPlistFile(path);
   d.values = contents ? contents->asDictionary() : Value::Dictionary{};
+  d.objects.clear();
   d.loaded = true;
   d.read = identity;
 }
@@ -230,11 +235,15 @@ CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applica
   auto k = kv::platform::stringOf(kv::platform::ns(key));
   auto app = kv::platform::stringOf(kv::platform::ns(applicationID));
   if (!k || !app) return nullptr;
-  const Domain& d = domainNamed(*app);
+  Domain& d = domainNamed(*app);
   auto it = d.values.find(*k);
   if (it == d.values.end()) return nullptr;
-  id obj = kv::platform::makeObject(it->second);
-  return Retained(obj).take();  // the caller owns a copied value
+  Retained& kept = d.objects[*k];
+  if (!kept) {
+    kv::platform::AutoreleasePool pool;
+    kept = Retained::adopt(kv::platform::send<id>(kv::platform::makeObject(it->second), Sel("copy")));
+  }
+  return Retained(kept).take();  // the caller owns a reference to the value
 }
 
 void CFPreferencesSetAppValue(CFStringRef key, CFPropertyListRef value, CFStringRef applicationID) {
@@ -248,6 +257,7 @@ void CFPreferencesSetAppValue(CFStringRef key, CFPropertyListRef value, CFString
   } else {
     d.values[*k] = v;
   }
+  d.objects.erase(*k);
   d.dirty = true;
   host::logEvent("prefs", "set " + *app + " " + *k + " = " + v.describe());
 }

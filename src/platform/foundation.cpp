@@ -119,6 +119,13 @@ std::optional<std::string> stringOf(id obj) {
   return std::string(utf8 == nullptr ? "" : utf8);
 }
 
+std::optional<std::string_view> utf8Of(id obj) {
+  static const Class stringClass = cls("NSString");
+  if (!isKindOf(obj, stringClass)) return std::nullopt;
+  const char* utf8 = send<const char*>(obj, kUTF8String);
+  return std::string_view(utf8 == nullptr ? "" : utf8);
+}
+
 std::string toString(id obj) {
   return stringOf(obj).value_or(std::string());
 }
