@@ -25,8 +25,13 @@ Settings& snapshot() {
   return s;
 }
 
+// Made once and kept: every guard decision names the domain twice.
 id domainName() {
-  return platform::makeString(kDomain);
+  static const platform::Retained* name = [] {
+    platform::AutoreleasePool pool;
+    return new platform::Retained(platform::makeString(kDomain));
+  }();
+  return name->get();
 }
 
 // The stored value of `key`, owned by the returned handle (nil when absent).
