@@ -10,6 +10,7 @@ namespace kv::bench {
 constexpr const char* kProtectedApp = "com.apple.MobileSMS";
 constexpr const char* kOtherApp = "com.apple.calculator";
 constexpr const char* kBenchAction = "gate-bench";
+constexpr const char* kDomain = "net.quorvan.kavelin";
 
 // The protected ids of a size: the protected app among made-up others.
 inline std::vector<std::string> protectedIds(int count) {
