@@ -74,6 +74,10 @@ struct FileIdentity {
 
 struct Domain {
   Value::Dictionary values;
+  // The objects handed out for its keys: the preferences service keeps its
+  // values in memory and hands out the same immutable object until the
+  // value changes, so a caller can tell an unchanged value by its identity.
+  std::map<std::string, Retained> objects;
   bool loaded = false;
   bool dirty = false;
   std::optional<FileIdentity> read;  // none: never read, or there was no file
@@ -101,6 +105,7 @@ void loadDomain(const std::string& name, Domain& d) {
   kv::sim::PlistReading reading = kv::sim::readPlist(path);
   bool dictionary = reading.value.kind() == Value::Kind::kDictionary;
   d.values = dictionary ? reading.value.asDictionary() : Value::Dictionary{};
+  d.objects.clear();
   d.loaded = true;
   d.read = identity;
   // A file the service cannot read is a domain with nothing in it, as on a
@@ -239,11 +244,15 @@ CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applica
   auto k = kv::platform::stringOf(kv::platform::ns(key));
   auto app = kv::platform::stringOf(kv::platform::ns(applicationID));
   if (!k || !app) return nullptr;
-  const Domain& d = domainNamed(*app);
+  Domain& d = domainNamed(*app);
   auto it = d.values.find(*k);
   if (it == d.values.end()) return nullptr;
-  id obj = kv::platform::makeObject(it->second);
-  return Retained(obj).take();  // the caller owns a copied value
+  Retained& kept = d.objects[*k];
+  if (!kept) {
+    kv::platform::AutoreleasePool pool;
+    kept = Retained::adopt(kv::platform::send<id>(kv::platform::makeObject(it->second), Sel("copy")));
+  }
+  return Retained(kept).take();  // the caller owns a reference to the value
 }
 
 void CFPreferencesSetAppValue(CFStringRef key, CFPropertyListRef value, CFStringRef applicationID) {
@@ -257,6 +266,7 @@ void CFPreferencesSetAppValue(CFStringRef key, CFPropertyListRef value, CFString
   } else {
     d.values[*k] = v;
   }
+  d.objects.erase(*k);
   d.dirty = true;
   host::logEvent("prefs", "set " + *app + " " + *k + " = " + v.describe());
 }

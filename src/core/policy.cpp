@@ -24,7 +24,7 @@ using settings::Note;
 
 constexpr const char* kNewsstand = "newsstand";
 
-bool contains(const settings::ItemList& list, const std::string& item) {
+bool contains(const settings::ItemList& list, std::string_view item) {
   return list.contains(item);
 }
 
@@ -88,7 +88,7 @@ constexpr Permission kPermissions[] = {
 
 }  // namespace
 
-bool requiresAuthenticationForIdentifier(const std::string& identifier) {
+bool requiresAuthenticationForIdentifier(std::string_view identifier) {
   return contains(settings::current().protectedApps, identifier);
 }
 
@@ -108,7 +108,7 @@ bool folderNameProtected(id folder) {
 
 bool isOnTrustedWiFi() {
   // The trusted networks, fresh from the domain.
-  std::vector<settings::TrustedNetwork> trusted = settings::readAllowedWiFis();
+  const std::vector<settings::TrustedNetwork>& trusted = settings::readAllowedWiFis();
   if (trusted.empty()) return false;
   // The network the device is on.
   id manager =

@@ -5,6 +5,7 @@
 
 #include <span>
 #include <string>
+#include <string_view>
 
 #include "platform/objc.h"
 #include "settings/notifications.h"
@@ -13,7 +14,7 @@ namespace kv::core {
 
 // True iff the "protected" list holds `identifier` (exact equality). Asks
 // nothing else: not the master switch, the session nor the network.
-bool requiresAuthenticationForIdentifier(const std::string& identifier);
+bool requiresAuthenticationForIdentifier(std::string_view identifier);
 
 // True iff opening `folder` (an SBFolder) needs authentication: the
 // Newsstand folder by "newsstand", else its display name, else its default

@@ -113,10 +113,27 @@ id makeString(std::string_view s) {
   return send<id>(str, kAutorelease);
 }
 
+namespace {
+
+// NSString, looked up once it exists: asked on every guard decision.
+Class stringClass() {
+  static Class found = nullptr;
+  if (found == nullptr) found = cls("NSString");
+  return found;
+}
+
+}  // namespace
+
 std::optional<std::string> stringOf(id obj) {
-  if (!isKindOf(obj, "NSString")) return std::nullopt;
+  if (!isKindOf(obj, stringClass())) return std::nullopt;
   const char* utf8 = send<const char*>(obj, kUTF8String);
   return std::string(utf8 == nullptr ? "" : utf8);
+}
+
+std::optional<std::string_view> utf8Of(id obj) {
+  if (!isKindOf(obj, stringClass())) return std::nullopt;
+  const char* utf8 = send<const char*>(obj, kUTF8String);
+  return std::string_view(utf8 == nullptr ? "" : utf8);
 }
 
 std::string toString(id obj) {

@@ -23,6 +23,12 @@ id makeString(std::string_view s);
 // Returns the UTF-8 contents of an NSString, or nullopt for nil or a non-string.
 std::optional<std::string> stringOf(id obj);
 
+// Returns the UTF-8 contents of an NSString without copying them, or nullopt
+// for nil or a non-string; valid while the string and the current autorelease
+// pool live. For a question asked on every call, where a copy would cost more
+// than the answer.
+std::optional<std::string_view> utf8Of(id obj);
+
 // Returns the UTF-8 contents of an NSString, or "" for nil or a non-string.
 std::string toString(id obj);
 

@@ -25,8 +25,13 @@ Settings& snapshot() {
   return s;
 }
 
+// Made once and kept: every guard decision names the domain twice.
 id domainName() {
-  return platform::makeString(kDomain);
+  static const platform::Retained* name = [] {
+    platform::AutoreleasePool pool;
+    return new platform::Retained(platform::makeString(kDomain));
+  }();
+  return name->get();
 }
 
 // The stored value of `key`, owned by the returned handle (nil when absent).
@@ -276,21 +281,29 @@ void storeProtectedFolders(std::vector<std::string> folders) {
   snapshot().protectedFolders = std::move(folders);
 }
 
-std::vector<TrustedNetwork> readAllowedWiFis() {
+const std::vector<TrustedNetwork>& readAllowedWiFis() {
+  // The list as last read, and the stored value it was read from. The
+  // preferences service hands out the same immutable value until the domain
+  // changes, so a guard's every decision re-reads the list only after a
+  // change (kept alive here, the value's identity cannot pass to another).
+  static auto* readFrom = new Retained();
+  static auto* networks = new std::vector<TrustedNetwork>();
   {
     platform::AutoreleasePool pool;
     CFPreferencesAppSynchronize(platform::cf(domainName()));
   }
   Retained stored = copyValue("allowedWiFis");
-  std::vector<TrustedNetwork> networks;
+  if (stored && stored.get() == readFrom->get()) return *networks;
+  networks->clear();
   platform::AutoreleasePool pool;
   for (platform::UInteger i = 0; i < platform::arrayCount(stored.get()); ++i) {
     id entry = platform::arrayObjectAt(stored.get(), i);
     auto bssid = platform::stringOf(platform::objectForKey(entry, "bssid"));
     if (!bssid) continue;
-    networks.push_back({platform::toString(platform::objectForKey(entry, "ssid")), *bssid});
+    networks->push_back({platform::toString(platform::objectForKey(entry, "ssid")), *bssid});
   }
-  return networks;
+  *readFrom = std::move(stored);
+  return *networks;
 }
 
 }  // namespace kv::settings

@@ -23,7 +23,7 @@ class ItemList {
       : items_(std::move(items)), index_(items_.begin(), items_.end()) {}
 
   // True iff an entry equals `item` exactly.
-  bool contains(const std::string& item) const { return index_.count(item) != 0; }
+  bool contains(std::string_view item) const { return index_.find(item) != index_.end(); }
 
   const std::vector<std::string>& items() const { return items_; }
   operator const std::vector<std::string>&() const { return items_; }  // NOLINT
@@ -38,8 +38,13 @@ class ItemList {
   bool operator==(const std::vector<std::string>& other) const { return items_ == other; }
 
  private:
+  // Looked up by a view of the text, so that a question makes no copy.
+  struct Hash {
+    using is_transparent = void;
+    size_t operator()(std::string_view s) const { return std::hash<std::string_view>()(s); }
+  };
   std::vector<std::string> items_;
-  std::unordered_set<std::string> index_;
+  std::unordered_set<std::string, Hash, std::equal_to<>> index_;
 };
 
 struct Settings {
@@ -110,9 +115,10 @@ struct TrustedNetwork {
   std::string bssid;
 };
 
-// Reads `allowedWiFis` from the domain now (never cached). Absent or of
-// another type reads as an empty list; entries without a string "bssid" are
-// left out.
-std::vector<TrustedNetwork> readAllowedWiFis();
+// Reads `allowedWiFis` from the domain now, after a synchronise (the list
+// parsed last is reused while the domain hands out the same value). Absent or
+// of another type reads as an empty list; entries without a string "bssid"
+// are left out. Valid until the next call.
+const std::vector<TrustedNetwork>& readAllowedWiFis();
 
 }  // namespace kv::settings

@@ -25,7 +25,7 @@ bool gatePasses(HeldCall held) {
 }
 
 bool isProtectedApp(id bundleIdentifier) {
-  auto identifier = platform::stringOf(bundleIdentifier);
+  auto identifier = platform::utf8Of(bundleIdentifier);
   return identifier && core::requiresAuthenticationForIdentifier(*identifier);
 }
 

@@ -27,7 +27,7 @@ using platform::sendIfResponds;
 bool folderPass() {
   const settings::Settings& s = settings::current();
   if (s.appsInFoldersAreStillProtected || launchState().staleOpenFolder) return false;
-  return core::folderNameProtected(openFolder());
+  return !s.protectedFolders.empty() && core::folderNameProtected(openFolder());
 }
 
 // Marks a launch the open folder let through for as long as it runs, so
@@ -46,7 +46,8 @@ class FolderLaunch {
 
 // Once an app from a protected folder is in front, the folder closes.
 void closeProtectedFolderAfterLaunch() {
-  if (!settings::current().closeProtectedFoldersAfterLaunchingApp) return;
+  const settings::Settings& s = settings::current();
+  if (!s.closeProtectedFoldersAfterLaunchingApp || s.protectedFolders.empty()) return;
   id folder = openFolder();
   if (!core::folderNameProtected(folder)) return;
   id icons =

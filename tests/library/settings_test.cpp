@@ -274,6 +274,23 @@ TEST_F(SettingsLoad, WritesBackAndTrustedNetworks) {
   auto networks = readAllowedWiFis();
   ASSERT_EQ(networks.size(), 1u);
   EXPECT_EQ(networks[0].bssid, "aa:bb");
+  // Asked again with nothing changed, the same list; changed or removed by
+  // another process, the next question sees it.
+  EXPECT_EQ(readAllowedWiFis().size(), 1u);
+  prefs({{"allowedWiFis", Value::array({Value::dictionary({{"ssid", Value::string("Work")},
+                                                           {"bssid", Value::string("cc:dd")}}),
+                                        Value::dictionary({{"ssid", Value::string("Cafe")},
+                                                           {"bssid", Value::string("ee:ff")}})})}});
+  const std::vector<TrustedNetwork>& changed = readAllowedWiFis();
+  ASSERT_EQ(changed.size(), 2u);
+  EXPECT_EQ(changed[0].bssid, "cc:dd");
+  EXPECT_EQ(changed[1].bssid, "ee:ff");
+  prefs({});
+  EXPECT_TRUE(readAllowedWiFis().empty()) << "a removed list trusts nothing";
+  prefs({{"allowedWiFis", Value::array({Value::dictionary({{"ssid", Value::string("Home")},
+                                                           {"bssid", Value::string("aa:bb")}}),
+                                        Value::string("not a network"),
+                                        Value::dictionary({{"ssid", Value::string("x")}})})}});
   storeProtectedFolders({"Games"});
   disableExperimentalAlert();
   auto stored = sim::readPlistFile(kFile);
