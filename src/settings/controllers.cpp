@@ -29,10 +29,12 @@ struct Singleton {
 Singleton gUpdate{"KavelinPreferenceUpdateController"};
 Singleton gExperimental{"KavelinExperimentalController"};
 
+// The singleton of the class a message reached: sharedInstance is sent to
+// the class, init to an instance.
 Singleton& singletonOf(id self) {
-  Class cls = object_getClass(self);
-  if (class_isMetaClass(cls)) cls = reinterpret_cast<Class>(self);
-  return class_getName(cls) == std::string(gUpdate.className) ? gUpdate : gExperimental;
+  Class cls =
+      platform::isClassObject(self) ? reinterpret_cast<Class>(self) : platform::classOf(self);
+  return platform::className(cls) == std::string(gUpdate.className) ? gUpdate : gExperimental;
 }
 
 id singletonInit(id self, SEL) {
@@ -76,20 +78,21 @@ void showExperimentalAlert(id self, SEL) {
 }  // namespace
 
 void defineSettingsControllers() {
+  using platform::classMethod;
+  using platform::method;
   platform::defineClass(gUpdate.className, "NSObject",
                         {
-                            {"sharedInstance", platform::impOf(singletonShared), "@@:", true},
-                            {"init", platform::impOf(singletonInit), "@@:"},
-                            {"updateSettings", platform::impOf(updateSettings), "v@:"},
+                            classMethod("sharedInstance", singletonShared),
+                            method("init", singletonInit),
+                            method("updateSettings", updateSettings),
                         });
-  platform::defineClass(
-      gExperimental.className, "NSObject",
-      {
-          {"sharedInstance", platform::impOf(singletonShared), "@@:", true},
-          {"init", platform::impOf(singletonInit), "@@:"},
-          {"alertView:clickedButtonAtIndex:", platform::impOf(experimentalClicked), "v@:@q"},
-          {"_kv_showExperimentalAlert", platform::impOf(showExperimentalAlert), "v@:"},
-      });
+  platform::defineClass(gExperimental.className, "NSObject",
+                        {
+                            classMethod("sharedInstance", singletonShared),
+                            method("init", singletonInit),
+                            method("alertView:clickedButtonAtIndex:", experimentalClicked),
+                            method("_kv_showExperimentalAlert", showExperimentalAlert),
+                        });
 }
 
 void settingsChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,

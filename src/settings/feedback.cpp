@@ -1,9 +1,8 @@
 // Device feedback: haptic and vibration.
 #include "settings/feedback.h"
 
-#include <dlfcn.h>
-
 #include "platform/foundation.h"
+#include "platform/functions.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
 #include "settings/notifications.h"
@@ -62,12 +61,10 @@ void vibrationChanged(CFNotificationCenterRef, void*, CFNotificationName, const 
                       CFDictionaryRef) {
   load();
   if (!current().vibrateOnError) return;
-  auto initialize =
-      reinterpret_cast<FigVibratorInitializeFn>(dlsym(RTLD_DEFAULT, "FigVibratorInitialize"));
+  auto initialize = platform::symbolNamed<FigVibratorInitializeFn>("FigVibratorInitialize");
   if (initialize == nullptr) return;
   initialize();
-  auto play = reinterpret_cast<FigVibratorPlayFn>(
-      dlsym(RTLD_DEFAULT, "FigVibratorPlayVibrationWithDictionary"));
+  auto play = platform::symbolNamed<FigVibratorPlayFn>("FigVibratorPlayVibrationWithDictionary");
   if (play == nullptr) return;
   platform::AutoreleasePool pool;
   play(reinterpret_cast<CFDictionaryRef>(vibrationPattern()), 0, 0);
