@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "base/flags.h"
 #include "core/calls.h"
 #include "core/coordinator.h"
 #include "core/device.h"
@@ -19,7 +20,6 @@
 #include "platform/retained.h"
 #include "platform/runtime.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
@@ -51,9 +51,8 @@ id controllerInit(id self, SEL) {
   state().invocation.reset();
   state().urlInvocation.reset();
   state().biometricDelegate.reset(sharedInstanceOf("SBUIBiometricEventMonitor"));
-  observe("_kv_keyboardDidShow:", startup::flags().isIOS8OrLater
-                                      ? "UIKeyboardDidShowNotification"
-                                      : "UIKeyboardWillShowNotification");
+  observe("_kv_keyboardDidShow:", base::flags().isIOS8OrLater ? "UIKeyboardDidShowNotification"
+                                                              : "UIKeyboardWillShowNotification");
   return self;
 }
 
@@ -194,7 +193,7 @@ void enteredPasscode(id, SEL, id field, id text) {
 // the device when cancelled.
 void clickedButton(id, SEL, id alert, Integer index) {
   if (index != 0) return;
-  if (startup::flags().isIOS11 && state().lockAfterCancel) {
+  if (base::flags().isIOS11 && state().lockAfterCancel) {
     pressLockButton();
     state().lockAfterCancel = false;
   }

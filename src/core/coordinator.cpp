@@ -3,9 +3,10 @@
 
 #include <utility>
 
+#include "base/flags.h"
+#include "base/session.h"
 #include "core/device.h"
 #include "core/matching.h"
-#include "core/session.h"
 #include "core/state.h"
 #include "core/texts.h"
 #include "platform/foundation.h"
@@ -14,7 +15,6 @@
 #include "settings/bundle.h"
 #include "settings/notifications.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
@@ -88,7 +88,7 @@ void reboot() {
   }
 }
 void powerDown() {
-  if (startup::flags().isIOS11) {
+  if (base::flags().isIOS11) {
     sendIfResponds(application(), Sel("powerDownRequested:"), id{nullptr});
   } else {
     sendIfResponds(application(), Sel("powerDown"));
@@ -255,7 +255,7 @@ void succeed() {
   if (biometricsInUse()) endMatchingAfterSuccess();
   // The session, and whether it lasts.
   s.hasVisibleAlert = false;
-  sessionUnlocked() = true;
+  base::sessionUnlocked() = true;
   settings::publish(Note::kGracePeriod, settings::current().keepSession ? 1 : 0);
   // The prompt goes.
   dismissPrompt(kSuccessButton, true);
@@ -306,7 +306,7 @@ void giveUp() {
   cleanupAlertAndRemoveObserver();
   sendIfResponds(prompt.get(), Sel("killAnimations"));
   send<void>(prompt.get(), Sel("dismissWithClickedButtonIndex:animated:"), kCancelButton, BOOL{0});
-  if (startup::flags().isIOS10OrLater) pressLockButton();
+  if (base::flags().isIOS10OrLater) pressLockButton();
 }
 
 void restoreBacklight() {

@@ -1,12 +1,12 @@
 // The device facts and buttons the protection core uses.
 #include "core/device.h"
 
-#include "core/hardware.h"
+#include "base/flags.h"
+#include "base/hardware.h"
 #include "platform/foundation.h"
 #include "platform/functions.h"
 #include "platform/runtime.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
@@ -28,7 +28,7 @@ id sharedInstanceOf(const char* className) {
 }
 
 bool devicePasscodeSet() {
-  if (startup::flags().isIOS10OrLater) {
+  if (base::flags().isIOS10OrLater) {
     id connection = platform::sendClass<id>(platform::classNamed("MCProfileConnection"),
                                             Sel("sharedConnection"));
     return platform::sendIfResponds<BOOL>(connection, Sel("isPasscodeSet")) != 0;
@@ -45,11 +45,11 @@ bool uiLocked() {
 
 void pressLockButton() {
   id app = application();
-  if (startup::flags().isIOS11) {
+  if (base::flags().isIOS11) {
     id button = platform::sendIfResponds<id>(app, Sel("lockHardwareButton"));
     id actions = platform::sendIfResponds<id>(button, Sel("buttonActions"));
     platform::sendIfResponds(actions, Sel("performSinglePressAction"));
-  } else if (startup::flags().isIOS10OrLater) {
+  } else if (base::flags().isIOS10OrLater) {
     platform::sendIfResponds(app, Sel("_lockButtonUp:fromSource:"), id{nullptr}, kLockButtonSource);
   } else {
     platform::sendIfResponds(app, Sel("_lockButtonUpFromSource:"), kLockButtonSource);
@@ -61,7 +61,7 @@ bool biometricsInUse() {
 }
 
 bool faceID() {
-  return biometricsInUse() && faceCameraPresent();
+  return biometricsInUse() && base::faceCameraPresent();
 }
 
 bool setBacklightFactor(float factor) {
@@ -69,7 +69,7 @@ bool setBacklightFactor(float factor) {
   Class backlight = platform::classNamed("SBBacklightController");
   if (!platform::instancesRespondTo(backlight, kSetBacklightFactor)) return false;
   id controller = platform::sendClass<id>(backlight, Sel("sharedInstance"));
-  if (startup::flags().isIOS10OrLater) {
+  if (base::flags().isIOS10OrLater) {
     send<void>(controller, kSetBacklightFactor, factor, platform::Integer{0});
   } else {
     send<void>(controller, kSetBacklightFactor, factor, 0);

@@ -1,6 +1,7 @@
 // The biometric matching session of a prompt.
 #include "core/matching.h"
 
+#include "base/flags.h"
 #include "core/coordinator.h"
 #include "core/device.h"
 #include "core/state.h"
@@ -11,7 +12,6 @@
 #include "platform/runtime.h"
 #include "settings/feedback.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
@@ -73,10 +73,10 @@ bool touchID() {
   return biometricsInUse() && !faceID();
 }
 bool ios11() {
-  return startup::flags().isIOS11;
+  return base::flags().isIOS11;
 }
 bool ios10OrLater() {
-  return startup::flags().isIOS10OrLater;
+  return base::flags().isIOS10OrLater;
 }
 id emptyDictionary() {
   return platform::sendClass<id>(platform::classNamed("NSDictionary"), Sel("dictionary"));

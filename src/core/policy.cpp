@@ -4,15 +4,15 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/hardware.h"
-#include "core/session.h"
+#include "base/flags.h"
+#include "base/hardware.h"
+#include "base/session.h"
 #include "core/state.h"
 #include "core/wifi.h"
 #include "platform/foundation.h"
 #include "platform/functions.h"
 #include "platform/runtime.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
@@ -146,15 +146,15 @@ id foldersRepresentation() {
 
 bool wayToAuthenticate() {
   if (!settings::current().biometricsInUse) return settings::current().passcode.has_value();
-  return enrolledIdentities() > 0;
+  return base::enrolledIdentities() > 0;
 }
 
 bool sessionExists() {
-  return settings::current().keepSession && sessionUnlocked();
+  return settings::current().keepSession && base::sessionUnlocked();
 }
 
 bool relockRequired() {
-  const startup::SpringBoardFlags& sb = startup::springBoardFlags();
+  const base::SpringBoardFlags& sb = base::springBoardFlags();
   return !sb.identitiesPresent && sb.devicePasscodeSet;
 }
 

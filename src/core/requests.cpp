@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "base/flags.h"
 #include "core/coordinator.h"
 #include "core/device.h"
 #include "core/texts.h"
@@ -10,7 +11,6 @@
 #include "platform/invocation.h"
 #include "platform/runtime.h"
 #include "settings/notifications.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
@@ -92,7 +92,7 @@ void authenticateForOpeningFolder(id folder) {
   // The location is an int until iOS 11, an NSInteger from then on.
   id name = !platform::respondsTo(icon, Sel("displayNameForLocation:"))
                 ? sendIfResponds<id>(icon, Sel("displayName"))
-            : startup::flags().isIOS11
+            : base::flags().isIOS11
                 ? send<id>(icon, Sel("displayNameForLocation:"), kHomeScreenLocation)
                 : send<id>(icon, Sel("displayNameForLocation:"), int{kHomeScreenLocation});
   setRestrictedTitle(name);
@@ -100,7 +100,7 @@ void authenticateForOpeningFolder(id folder) {
 }
 
 void lockDeviceFromNotification() {
-  if (startup::role() == startup::Role::kSpringBoard) pressLockButton();
+  if (base::role() == base::Role::kSpringBoard) pressLockButton();
 }
 
 }  // namespace kv::core

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "base/flags.h"
 #include "core/device.h"
 #include "core/state.h"
 #include "platform/classes.h"
@@ -14,7 +15,6 @@
 #include "platform/runtime.h"
 #include "settings/notifications.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::prompt {
 
@@ -78,7 +78,7 @@ InCallMatching& matching() {
 }
 
 bool ios11() {
-  return startup::flags().isIOS11;
+  return base::flags().isIOS11;
 }
 
 id monitor() {
@@ -143,7 +143,7 @@ std::optional<uint64_t> stateForEvent(long code, bool face) {
   }
   if (code == kReset) {
     // Before iOS 10 the platform switches its matching off after an attempt.
-    if (!startup::flags().isIOS10OrLater) sendIfResponds(monitor(), kSetMatchingEnabled, BOOL{1});
+    if (!base::flags().isIOS10OrLater) sendIfResponds(monitor(), kSetMatchingEnabled, BOOL{1});
     return kMatchingIdle;
   }
   if ((code >= kHardStopFirst && code <= kHardStopLast) || code == kNoMatch ||
@@ -152,7 +152,7 @@ std::optional<uint64_t> stateForEvent(long code, bool face) {
   }
   // From iOS 10 a lifted finger also ends an attempt; right after a success
   // it is the same touch going away, not a failure.
-  if (code == kPresenceEnded && startup::flags().isIOS10OrLater && m.lastSuccess != 0 &&
+  if (code == kPresenceEnded && base::flags().isIOS10OrLater && m.lastSuccess != 0 &&
       core::now() - m.lastSuccess > kFailureGrace) {
     return kMatchFailed;
   }

@@ -1,12 +1,12 @@
 // The prompt's passcode field, kept in place while digits are typed.
 #include "prompt/passcode_field_hooks.h"
 
+#include "base/flags.h"
 #include "core/state.h"
 #include "platform/foundation.h"
 #include "platform/geometry.h"
 #include "platform/hook.h"
 #include "platform/runtime.h"
-#include "startup/flags.h"
 
 namespace kv::prompt {
 
@@ -46,7 +46,7 @@ bool hasText(id field) {
 
 void passcodeInsertText(id self, SEL cmd, id text) {
   using Original = platform::Hook<&passcodeInsertText>;
-  if (!startup::flags().isIOS8OrLater) {
+  if (!base::flags().isIOS8OrLater) {
     Original::original(self, cmd, text);
     return;
   }

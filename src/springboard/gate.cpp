@@ -1,9 +1,9 @@
 // What every SpringBoard guard shares.
 #include "springboard/gate.h"
 
+#include "base/session.h"
 #include "core/coordinator.h"
 #include "core/policy.h"
-#include "core/session.h"
 #include "core/state.h"
 #include "platform/foundation.h"
 #include "platform/runtime.h"
@@ -18,7 +18,7 @@ bool gatePasses(HeldCall held) {
   const settings::Settings& s = settings::current();
   if (!s.enabled || !core::wayToAuthenticate()) return false;
   if (core::replaying() != core::Replaying::kNothing || launchState().folderLaunch) return false;
-  if (core::isOnTrustedWiFi() || (s.keepSession && core::sessionUnlocked())) return false;
+  if (core::isOnTrustedWiFi() || (s.keepSession && base::sessionUnlocked())) return false;
   // A second call of the same kind while one waits runs unguarded.
   const core::CoordinatorState& c = core::state();
   return held == HeldCall::kUrl ? !c.urlInvocation : !c.invocation;

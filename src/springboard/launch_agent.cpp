@@ -1,13 +1,13 @@
 // Launches SpringBoard's user agent performs for the system.
 #include "springboard/launch_agent.h"
 
+#include "base/flags.h"
 #include "core/coordinator.h"
 #include "core/device.h"
 #include "platform/hook.h"
 #include "platform/invocation.h"
 #include "platform/runtime.h"
 #include "springboard/gate.h"
-#include "startup/flags.h"
 
 namespace kv::springboard {
 
@@ -32,7 +32,7 @@ bool screenOff() {
 // One press of the lock button wakes the screen, so that the prompt is seen.
 void wakeScreen() {
   id app = core::application();
-  if (startup::flags().isIOS10OrLater && platform::respondsTo(app, Sel("lockHardwareButton"))) {
+  if (base::flags().isIOS10OrLater && platform::respondsTo(app, Sel("lockHardwareButton"))) {
     id actions = sendIfResponds<id>(send<id>(app, Sel("lockHardwareButton")), Sel("buttonActions"));
     sendIfResponds(actions, Sel("performSinglePressAction"));
   } else if (platform::respondsTo(app, Sel("_lockButtonDown:fromSource:"))) {

@@ -4,13 +4,13 @@
 #include <optional>
 #include <utility>
 
+#include "base/flags.h"
 #include "core/policy.h"
 #include "platform/hook.h"
 #include "platform/invocation.h"
 #include "platform/runtime.h"
 #include "settings/settings.h"
 #include "springboard/gate.h"
-#include "startup/flags.h"
 
 namespace kv::springboard {
 
@@ -127,8 +127,8 @@ void activateAnimated(id self, SEL cmd, id application) {
 
 void activate(id self, SEL cmd, id application) {
   id identifier =
-      sendIfResponds<id>(application, startup::flags().isIOS10OrLater ? Sel("bundleIdentifier")
-                                                                      : Sel("displayIdentifier"));
+      sendIfResponds<id>(application, base::flags().isIOS10OrLater ? Sel("bundleIdentifier")
+                                                                   : Sel("displayIdentifier"));
   if (guards(identifier)) {
     Retained call = platform::invocationOf(self, cmd, application);
     if (holdBack(call.get(), identifier)) return;

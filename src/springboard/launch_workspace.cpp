@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "base/flags.h"
 #include "core/device.h"
 #include "core/state.h"
 #include "platform/foundation.h"
@@ -10,7 +11,6 @@
 #include "platform/invocation.h"
 #include "platform/runtime.h"
 #include "springboard/gate.h"
-#include "startup/flags.h"
 
 namespace kv::springboard {
 
@@ -40,7 +40,7 @@ bool labelActivates(id request) {
   std::string label = platform::toString(send<id>(request, Sel("eventLabel")));
   return label.find("OpenApplication") != std::string::npos ||
          label.find("ActivateApplication") != std::string::npos ||
-         (startup::flags().isIOS11 &&
+         (base::flags().isIOS11 &&
           label.find("DismissSwitcherNoninteractive") != std::string::npos);
 }
 
@@ -86,7 +86,7 @@ Retained activation(id identifier) {
   id apps = platform::sendClass<id>(platform::classNamed("SBApplicationController"),
                                     Sel("sharedInstance"));
   id app = sendIfResponds<id>(apps, Sel("applicationWithBundleIdentifier:"), identifier);
-  const startup::VersionFlags& f = startup::flags();
+  const base::VersionFlags& f = base::flags();
   Sel selector(f.isIOS11         ? "_activateApplicationFromAccessibility:"
                : f.isIOS9OrLater ? "activateApplication:"
                                  : "activateApplicationAnimated:");

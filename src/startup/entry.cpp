@@ -6,10 +6,11 @@
 
 #include <string>
 
+#include "base/flags.h"
+#include "base/hardware.h"
 #include "core/camera_request.h"
 #include "core/controller.h"
 #include "core/file_channel.h"
-#include "core/hardware.h"
 #include "core/identities.h"
 #include "core/wifi.h"
 #include "platform/foundation.h"
@@ -25,7 +26,6 @@
 #include "settings/notifications.h"
 #include "settings/settings.h"
 #include "springboard/integrations.h"
-#include "startup/flags.h"
 #include "startup/springboard_observers.h"
 #include "startup/table.h"
 
@@ -55,8 +55,8 @@ bool fileExists(const char* path) {
 }
 
 void inCallSection() {
-  setRole(Role::kInCall);
-  computeFlag(VersionFlag::kIOS10OrLater);
+  base::setRole(base::Role::kInCall);
+  base::computeFlag(base::VersionFlag::kIOS10OrLater);
   installGroup(Group::kInCall);
   registerToken(Note::kCallerIdHandling);
   processes::loadCallerSettings();
@@ -67,10 +67,10 @@ void inCallSection() {
 }
 
 void settingsSection() {
-  setRole(Role::kSettings);
-  for (VersionFlag f : {VersionFlag::kIOS10OrLater, VersionFlag::kIOS92OrLater,
-                        VersionFlag::kIOS9OrLater, VersionFlag::kIOS8OrLater}) {
-    computeFlag(f);
+  base::setRole(base::Role::kSettings);
+  for (base::VersionFlag f : {base::VersionFlag::kIOS10OrLater, base::VersionFlag::kIOS92OrLater,
+                              base::VersionFlag::kIOS9OrLater, base::VersionFlag::kIOS8OrLater}) {
+    base::computeFlag(f);
   }
   processes::defineSettingsClasses();
   installGroup(Group::kSettings);
@@ -79,50 +79,50 @@ void settingsSection() {
   observe(Note::kPrefsChanged, settings::settingsChanged);
   settings::load();
   id device = platform::sendClass<id>(platform::classNamed("UIDevice"), Sel("currentDevice"));
-  flags().isPad = platform::send<platform::Integer>(device, Sel("userInterfaceIdiom")) == 1;
+  base::flags().isPad = platform::send<platform::Integer>(device, Sel("userInterfaceIdiom")) == 1;
 }
 
 void cameraSection() {
-  setRole(Role::kCamera);
+  base::setRole(base::Role::kCamera);
   installGroup(Group::kCamera);
   observe(Note::kAllowedInCamPhotos, processes::cameraPhotosAllowed);
   observe(Note::kAllowedInCamPhotos9, processes::cameraPhotosAllowed9);
-  if (flags().isIOS11) {
+  if (base::flags().isIOS11) {
     registerToken(Note::kInCameraPhotosProtection);
     observe(Note::kAllowedInCamPhotos11, processes::cameraPhotosAllowed11);
   }
 }
 
 void springBoardSection() {
-  setRole(Role::kSpringBoard);
+  base::setRole(base::Role::kSpringBoard);
   core::resolveWiFiFunctions();
   // Classes that load after the library get their rows as they appear.
   _dyld_register_func_for_add_image(installLateGroups);
-  computeFlag(VersionFlag::kIOS10OrLater);
-  computeFlag(VersionFlag::kIOS102OrLater);
-  if (flags().isIOS10OrLater) {
+  base::computeFlag(base::VersionFlag::kIOS10OrLater);
+  base::computeFlag(base::VersionFlag::kIOS102OrLater);
+  if (base::flags().isIOS10OrLater) {
     registerToken(Note::kCallerIdHandling);
     installGroup(Group::kSpringBoardIOS10);
   }
-  if (flags().isIOS11) installGroup(Group::kSpringBoardIOS11);
-  computeFlag(VersionFlag::kIOS92OrLater);
-  computeFlag(VersionFlag::kIOS8OrLater);
-  computeFlag(VersionFlag::kIOS9OrLater);
-  if (flags().isIOS8OrLater) installGroup(Group::kSpringBoardIOS8);
+  if (base::flags().isIOS11) installGroup(Group::kSpringBoardIOS11);
+  base::computeFlag(base::VersionFlag::kIOS92OrLater);
+  base::computeFlag(base::VersionFlag::kIOS8OrLater);
+  base::computeFlag(base::VersionFlag::kIOS9OrLater);
+  if (base::flags().isIOS8OrLater) installGroup(Group::kSpringBoardIOS8);
   core::defineKavelinController();
   prompt::defineAlertView();
   prompt::defineInCallController();
   prompt::defineUnlockController();
   settings::defineSettingsControllers();
   installGroup(Group::kSpringBoard);
-  settings::setBiometricsInUse(core::biometricHardwareInUse(settings::current().onlyPasscode));
+  settings::setBiometricsInUse(base::biometricHardwareInUse(settings::current().onlyPasscode));
   observe(Note::kLockAfterFiveSeconds, core::lockAfterFiveSeconds);
   observe(Note::kLockDeviceNow, lockDeviceNow);
   observe(Note::kDisableExperimentalAlert, settings::experimentalAlertDisabled);
   observe(Note::kShowExperimentalAlertIfNeeded, settings::showExperimentalAlertIfNeeded);
   observe(Note::kTestGlyph, testGlyph);
   registerToken(Note::kTestGlyph);
-  if (flags().isIOS8OrLater) {
+  if (base::flags().isIOS8OrLater) {
     observe(Note::kLockState, lockStateChanged);
     registerToken(Note::kLockState);
     registerToken(Note::kAllowInCallNames);
@@ -140,11 +140,11 @@ void springBoardSection() {
     installGroup(Group::kPellum);
   }
   if (fileExists("/Library/MobileSubstrate/DynamicLibraries/Tamsin7.dylib") &&
-      flags().isIOS8OrLater) {
+      base::flags().isIOS8OrLater) {
     observe(Note::kAllowInCallNames, springboard::tamsinNamesChanged);
   }
-  if (flags().isIOS92OrLater) observe(Note::kFinishedStartup, startupFinished);
-  if (flags().isIOS11) {
+  if (base::flags().isIOS92OrLater) observe(Note::kFinishedStartup, startupFinished);
+  if (base::flags().isIOS11) {
     observe(Note::kEnrollmentChanged, core::enrollmentChanged);
     registerToken(Note::kInCameraPhotosProtection);
     observe(Note::kCameraAsksForPhotos, core::cameraAsksForPhotos);
@@ -154,7 +154,7 @@ void springBoardSection() {
 __attribute__((constructor)) void kavelinLoad() {
   platform::AutoreleasePool pool;
   installGroup(Group::kAllProcesses);
-  computeFlag(VersionFlag::kIOS11);
+  base::computeFlag(base::VersionFlag::kIOS11);
   std::string name = processName();
   if (name == "InCallService") inCallSection();
   if (name == "Preferences") settingsSection();

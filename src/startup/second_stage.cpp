@@ -3,6 +3,7 @@
 
 #include <spawn.h>
 
+#include "base/flags.h"
 #include "core/controller.h"
 #include "core/device.h"
 #include "core/messages.h"
@@ -14,7 +15,6 @@
 #include "platform/runtime.h"
 #include "settings/notifications.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::startup {
 
@@ -60,7 +60,7 @@ id uiControllerInit(id self, SEL cmd) {
     createMessagingCenter();
     restartMediaServer();
   }
-  SpringBoardFlags& sb = springBoardFlags();
+  base::SpringBoardFlags& sb = base::springBoardFlags();
   sb.devicePasscodeSet = core::devicePasscodeSet();
   settings::load();
   // Whether someone can authenticate is judged on the settings just loaded:

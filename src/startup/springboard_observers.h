@@ -26,7 +26,4 @@ void lockDeviceNow(CFNotificationCenterRef, void*, CFNotificationName, const voi
 // "testglyph": the prompt's glyph takes the notification's state, animated.
 void testGlyph(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef);
 
-// True iff the last screen change showed the home screen.
-bool homeScreenShowing();
-
 }  // namespace kv::startup

@@ -1,11 +1,11 @@
 // The biometric hardware of the device.
-#include "core/hardware.h"
+#include "base/hardware.h"
 
 #include "platform/foundation.h"
 #include "platform/functions.h"
 #include "platform/runtime.h"
 
-namespace kv::core {
+namespace kv::base {
 
 namespace {
 
@@ -35,4 +35,4 @@ bool biometricHardwareInUse(bool onlyPasscode) {
   return servicePresent("AppleMesa") || servicePresent("AppleH10PearlCam");
 }
 
-}  // namespace kv::core
+}  // namespace kv::base
