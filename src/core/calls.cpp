@@ -55,7 +55,7 @@ void callStatusChanged() {
     performOn(inCallController(), "startMatching", kInCallStartAgain);
   } else {
     // No ringing call: the in-call matching stops, and a locked device's
-    //    passcode lock takes effect at once.
+    // passcode lock takes effect at once.
     sendIfResponds(inCallController(), Sel("stopMatching"));
     if (devicePasscodeSet() && uiLocked()) {
       id lock = platform::sendClass<id>(platform::classNamed("SBDeviceLockController"),
@@ -69,7 +69,7 @@ void callStatusChanged() {
     }
   }
   // During a call the state stands; after the last one the names stay
-  //    shown only when a match showed them and lifting should not hide them.
+  // shown only when a match showed them and lifting should not hide them.
   if (platform::arrayCount(sendIfResponds<id>(callCenter, Sel("currentCalls"))) > 0) {
     settings::post(Note::kAllowInCallNames);
     return;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/flags.h"
+#include "core/biometric_events.h"
 #include "core/calls.h"
 #include "core/coordinator.h"
 #include "core/device.h"
@@ -179,11 +180,11 @@ void callStatusChangedMethod(id, SEL, id) {
 void enteredPasscode(id, SEL, id field, id text) {
   const auto& stored = settings::current().passcode;
   if (stored && platform::stringOf(text) == stored) {
-    handleBiometricEvent(3, true);
+    handleBiometricEvent(kEventMatch, true);
     return;
   }
   sendIfResponds(field, Sel("setText:"), platform::makeString(""));
-  handleBiometricEvent(9, true);
+  handleBiometricEvent(kEventNoMatch, true);
 }
 
 // ---- The prompt's delegate ----

@@ -2,6 +2,7 @@
 #include "core/matching.h"
 
 #include "base/flags.h"
+#include "core/biometric_events.h"
 #include "core/coordinator.h"
 #include "core/device.h"
 #include "core/state.h"
@@ -22,21 +23,6 @@ using platform::Retained;
 using platform::Sel;
 using platform::send;
 using platform::sendIfResponds;
-
-// The platform's event codes this session acts on.
-enum Event : long {
-  kReset = 0,
-  kFingerOn = 1,
-  kPresenceEnded = 2,
-  kMatch = 3,
-  kHardStopFirst = 5,
-  kHardStopLast = 8,
-  kFingerDetected = 7,
-  kNoMatch = 9,
-  kNoMatchOther = 10,
-  kFaceDetected = 12,
-  kFaceRetry = 14,
-};
 
 constexpr int kFailureCap = 10;
 constexpr double kCheckMatchingDelay = 2.0;
@@ -257,12 +243,13 @@ void failed() {
 }
 
 bool isFailingCode(long code) {
-  if (!ios11()) return code == kNoMatch || code == kNoMatchOther;
+  if (!ios11()) return code == kEventNoMatch || code == kEventNoMatchOther;
   if (state().matchSucceeded) return false;
-  return code == kPresenceEnded || code == kFaceRetry || (code == kNoMatchOther && touchID());
+  return code == kEventPresenceEnded || code == kEventFaceRetry ||
+         (code == kEventNoMatchOther && touchID());
 }
 
-// Matching again after the platform's code 7 (a face's 14) from iOS 10 on.
+// Matching again after a detected finger (a face's retry) from iOS 10 on.
 void restartMatching() {
   if (ios11()) {
     stopMatchingForTen();
@@ -400,55 +387,57 @@ void handleBiometricEvent(long code, bool fromPasscode) {
   // Caller-name matching owns the sensor.
   if (inCallMatching()) return;
   // A new attempt forgets an earlier match.
-  if (code == kReset || code == kFingerOn ||
-      (face && (code == kNoMatchOther || code == kFaceDetected))) {
+  if (code == kEventReset || code == kEventFingerOn ||
+      (face && (code == kEventNoMatchOther || code == kEventFaceDetected))) {
     s.matchSucceeded = false;
   }
   // Presence, and the scanner for a finger or face. The passcode is no
-  //    presence: its events go straight to success or failure.
+  // presence: its events go straight to success or failure.
   if (!fromPasscode) {
-    bool presence = code == kFingerOn || code == kFingerDetected || code == kPresenceEnded ||
-                    (face && code == kFaceDetected);
+    bool presence = code == kEventFingerOn || code == kEventFingerDetected ||
+                    code == kEventPresenceEnded || (face && code == kEventFaceDetected);
     if (presence) {
       s.presenceSeen = true;
-    } else if (!ios11() && !(code == kNoMatchOther && fingerprintUnlockAllowed())) {
+    } else if (!ios11() && !(code == kEventNoMatchOther && fingerprintUnlockAllowed())) {
       s.presenceSeen = false;
     }
-    bool scanner =
-        code == kFingerOn || (code == kFingerDetected && !face) || (code == kFaceDetected && face);
+    bool scanner = code == kEventFingerOn || (code == kEventFingerDetected && !face) ||
+                   (code == kEventFaceDetected && face);
     if (hardware && scanner) showScanner();
   }
-  // A reset; a match (a face's 7, 10 and 14 reset instead).
-  if (hardware && (code == kReset || (face && (code == kFingerDetected || code == kNoMatchOther ||
-                                               code == kFaceRetry)))) {
+  // The prompt's animations start over on a reset, and for a face also when
+  // its attempt starts over or fails.
+  if (hardware &&
+      (code == kEventReset || (face && (code == kEventFingerDetected ||
+                                        code == kEventNoMatchOther || code == kEventFaceRetry)))) {
     resetPromptAnimations();
   }
   // A match while the prompt is up always succeeds, whatever is held back;
   // without a prompt only a held-back action makes it one.
-  if (code == kMatch && !gSuccessUnderway && (somethingPending() || promptVisible())) {
+  if (code == kEventMatch && !gSuccessUnderway && (somethingPending() || promptVisible())) {
     matched();
     return;
   }
   // A hard stop from iOS 10 on ends the prompt; with none up and nothing
-  //    held back there is nothing to end.
-  if (code >= kHardStopFirst && code <= kHardStopLast && code != kFingerDetected &&
+  // held back there is nothing to end.
+  if (code >= kEventHardStopFirst && code <= kEventHardStopLast && code != kEventFingerDetected &&
       ios10OrLater() && !fromPasscode && (s.hasVisibleAlert || somethingPending())) {
     giveUp();
     return;
   }
   // Matching again after a detection, while a prompt wants it.
   if (!fromPasscode && ios10OrLater() && s.hasVisibleAlert &&
-      (code == kFingerDetected || (face && code == kFaceRetry))) {
+      (code == kEventFingerDetected || (face && code == kEventFaceRetry))) {
     restartMatching();
   }
   // A failure. A wrong passcode always fails; a sensor's failure only
-  //    after a presence and with something held back.
-  if (fromPasscode ? code == kNoMatch
+  // after a presence and with something held back.
+  if (fromPasscode ? code == kEventNoMatch
                    : (isFailingCode(code) && s.presenceSeen && somethingPending())) {
     failed();
   }
   // The attempt is over.
-  if (code == kPresenceEnded || (face && code == kFaceRetry)) s.matchSucceeded = false;
+  if (code == kEventPresenceEnded || (face && code == kEventFaceRetry)) s.matchSucceeded = false;
 }
 
 }  // namespace kv::core

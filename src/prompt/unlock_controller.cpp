@@ -2,6 +2,7 @@
 #include "prompt/unlock_controller.h"
 
 #include "base/flags.h"
+#include "core/biometric_events.h"
 #include "core/device.h"
 #include "platform/classes.h"
 #include "platform/foundation.h"
@@ -55,10 +56,10 @@ id monitor() {
   return core::sharedInstanceOf("SBUIBiometricEventMonitor");
 }
 
-// The event that reports a recognised finger on this system, and the unlock
-// source the platform gives such an unlock.
+// The event that reports a recognised finger to this controller on this
+// system, and the unlock source the platform gives such an unlock.
 long matchEvent() {
-  return ios10() ? 1 : 2;
+  return ios10() ? core::kEventFingerOn : core::kEventPresenceEnded;
 }
 int unlockSource() {
   return ios10() ? 4 : 14;
