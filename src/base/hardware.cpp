@@ -9,6 +9,10 @@ namespace kv::base {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kManager("manager");
+const platform::Sel kIdentities("identities:");
+
 bool servicePresent(const char* name) {
   io_service_t service = IOServiceGetMatchingService(kIOMasterPortDefault, IOServiceMatching(name));
   if (service == 0) return false;
@@ -25,9 +29,8 @@ bool faceCameraPresent() {
 
 unsigned long enrolledIdentities() {
   platform::AutoreleasePool pool;
-  id kit = platform::sendClass<id>(platform::classNamed("BiometricKit"), platform::Sel("manager"));
-  return platform::arrayCount(
-      platform::sendIfResponds<id>(kit, platform::Sel("identities:"), id{nullptr}));
+  id kit = platform::sendClass<id>(platform::classNamed("BiometricKit"), kManager);
+  return platform::arrayCount(platform::sendIfResponds<id>(kit, kIdentities, id{nullptr}));
 }
 
 bool biometricHardwareInUse(bool onlyPasscode) {

@@ -26,9 +26,22 @@ namespace kv::core {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kInit("init");
+const platform::Sel kDefaultCenter("defaultCenter");
+const platform::Sel kAddObserverSelectorNameObject("addObserver:selector:name:object:");
+const platform::Sel kAlloc("alloc");
+const platform::Sel kSetText("setText:");
+const platform::Sel kDismissWithClickedButtonIndexAnimated(
+    "dismissWithClickedButtonIndex:animated:");
+const platform::Sel kPasscodeField("passcodeField");
+const platform::Sel kBecomeFirstResponder("becomeFirstResponder");
+const platform::Sel kWindow("window");
+const platform::Sel kMakeKeyAndVisible("makeKeyAndVisible");
+const platform::Sel kSharedInstance("sharedInstance");
+
 using platform::Integer;
 using platform::MethodSpec;
-using platform::Sel;
 using platform::send;
 using platform::sendIfResponds;
 
@@ -37,14 +50,13 @@ id gShared = nullptr;
 // ---- Life ----
 
 id controllerInit(id self, SEL) {
-  self = platform::sendSuper<id>(platform::classNamed("NSObject"), self, Sel("init"));
+  self = platform::sendSuper<id>(platform::classNamed("NSObject"), self, kInit);
   if (self == nullptr) return nullptr;
   if (gShared == nullptr) gShared = self;
   platform::AutoreleasePool pool;
-  id center =
-      platform::sendClass<id>(platform::classNamed("NSNotificationCenter"), Sel("defaultCenter"));
+  id center = platform::sendClass<id>(platform::classNamed("NSNotificationCenter"), kDefaultCenter);
   auto observe = [&](const char* selector, const char* name) {
-    send<void>(center, Sel("addObserver:selector:name:object:"), self, platform::selector(selector),
+    send<void>(center, kAddObserverSelectorNameObject, self, platform::selector(selector),
                platform::makeString(name), id{nullptr});
   };
   observe("languageChanged:", "SBLanguageDidChangeNotification");
@@ -58,7 +70,7 @@ id controllerInit(id self, SEL) {
 }
 
 id sharedInstance(id cls, SEL) {
-  if (gShared == nullptr) send<id>(send<id>(cls, Sel("alloc")), Sel("init"));
+  if (gShared == nullptr) send<id>(send<id>(cls, kAlloc), kInit);
   return gShared;
 }
 
@@ -183,7 +195,7 @@ void enteredPasscode(id, SEL, id field, id text) {
     handleBiometricEvent(kEventMatch, true);
     return;
   }
-  sendIfResponds(field, Sel("setText:"), platform::makeString(""));
+  sendIfResponds(field, kSetText, platform::makeString(""));
   handleBiometricEvent(kEventNoMatch, true);
 }
 
@@ -208,13 +220,13 @@ void didDismiss(id, SEL, id alert, Integer index) {
 }
 void alertCancelled(id, SEL, id alert) {
   cancelScheduledRestarts();
-  send<void>(alert, Sel("dismissWithClickedButtonIndex:animated:"), Integer{0}, BOOL{0});
+  send<void>(alert, kDismissWithClickedButtonIndexAnimated, Integer{0}, BOOL{0});
   cleanupOnce(alert);
 }
 // Without a sensor the keyboard comes up with the prompt.
 void didPresent(id, SEL, id alert) {
   if (biometricsInUse()) return;
-  send<BOOL>(sendIfResponds<id>(alert, Sel("passcodeField")), Sel("becomeFirstResponder"));
+  send<BOOL>(sendIfResponds<id>(alert, kPasscodeField), kBecomeFirstResponder);
 }
 
 // The prompt's window above any other modal item, and again when the
@@ -222,8 +234,8 @@ void didPresent(id, SEL, id alert) {
 void bringAlertToFront(id, SEL) {
   id item = platform::valueForKeyIfPresent(state().kavelinAlert.get(), "representedModalItem");
   id view = platform::valueForKeyIfPresent(item, "representedView");
-  id window = sendIfResponds<id>(view, Sel("window"));
-  sendIfResponds(window, Sel("makeKeyAndVisible"));
+  id window = sendIfResponds<id>(view, kWindow);
+  sendIfResponds(window, kMakeKeyAndVisible);
 }
 void keyboardDidShow(id self, SEL, id) {
   if (!promptVisible()) return;
@@ -338,7 +350,7 @@ void defineKavelinController() {
 
 id controller() {
   defineKavelinController();
-  return platform::sendClass<id>(platform::classNamed("KavelinController"), Sel("sharedInstance"));
+  return platform::sendClass<id>(platform::classNamed("KavelinController"), kSharedInstance);
 }
 
 }  // namespace kv::core

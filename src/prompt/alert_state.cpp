@@ -10,6 +10,9 @@ namespace kv::prompt {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kAlpha("alpha");
+
 // Touched on the main thread only, as every prompt method runs there.
 std::unordered_map<id, std::unique_ptr<AlertViewState>>& states() {
   static auto* table = new std::unordered_map<id, std::unique_ptr<AlertViewState>>();
@@ -30,7 +33,7 @@ void forgetState(id alert) {
 }
 
 bool passcodeFieldShowing(const AlertViewState& s) {
-  return platform::send<double>(s.passcodeField.get(), platform::Sel("alpha")) > 0;
+  return platform::send<double>(s.passcodeField.get(), kAlpha) > 0;
 }
 
 }  // namespace kv::prompt

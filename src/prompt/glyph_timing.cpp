@@ -10,10 +10,13 @@ namespace kv::prompt {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kGlyphView("glyphView");
+
 constexpr double kPromptTransition = 0.2;
 
 id promptGlyph() {
-  return platform::sendIfResponds<id>(core::state().kavelinAlert.get(), platform::Sel("glyphView"));
+  return platform::sendIfResponds<id>(core::state().kavelinAlert.get(), kGlyphView);
 }
 
 }  // namespace

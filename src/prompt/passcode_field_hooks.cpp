@@ -12,7 +12,16 @@ namespace kv::prompt {
 
 namespace {
 
-using platform::Sel;
+// The selectors this file sends, each written once.
+const platform::Sel kView("view");
+const platform::Sel kSuperview("superview");
+const platform::Sel kPasscodeField("passcodeField");
+const platform::Sel kText("text");
+const platform::Sel kFrame("frame");
+const platform::Sel kUpdateKavelinAlert("updateKavelinAlert");
+const platform::Sel kPerformSelectorWithObjectAfterDelay("performSelector:withObject:afterDelay:");
+const platform::Sel kSetFrame("setFrame:");
+
 using platform::send;
 using platform::sendIfResponds;
 
@@ -28,18 +37,17 @@ bool gRemembered = false;
 id promptContainer() {
   id controller =
       platform::valueForKeyIfPresent(core::state().kavelinAlert.get(), "alertController");
-  id content =
-      platform::valueForKeyIfPresent(sendIfResponds<id>(controller, Sel("view")), "contentView");
-  return sendIfResponds<id>(content, Sel("superview"));
+  id content = platform::valueForKeyIfPresent(sendIfResponds<id>(controller, kView), "contentView");
+  return sendIfResponds<id>(content, kSuperview);
 }
 
 bool isPromptField(id field) {
   id alert = core::state().kavelinAlert.get();
-  return alert != nullptr && field == sendIfResponds<id>(alert, Sel("passcodeField"));
+  return alert != nullptr && field == sendIfResponds<id>(alert, kPasscodeField);
 }
 
 bool hasText(id field) {
-  return platform::toString(sendIfResponds<id>(field, Sel("text"))).size() > 0;
+  return platform::toString(sendIfResponds<id>(field, kText)).size() > 0;
 }
 
 }  // namespace
@@ -55,27 +63,27 @@ void passcodeInsertText(id self, SEL cmd, id text) {
   if (own && !hasText(self)) {
     id container = promptContainer();
     gRemembered = container != nullptr;
-    if (gRemembered) gRememberedOriginY = send<CGRect>(container, Sel("frame")).origin.y;
+    if (gRemembered) gRememberedOriginY = send<CGRect>(container, kFrame).origin.y;
   }
   // The platform's typing.
   Original::original(self, cmd, text);
   // Back in place now, and after the platform's own moves.
   if (own && hasText(self)) {
-    send<void>(self, Sel("updateKavelinAlert"));
-    send<void>(self, Sel("performSelector:withObject:afterDelay:"), Sel("updateKavelinAlert"),
-               id{nullptr}, kFirstRecheck);
-    send<void>(self, Sel("performSelector:withObject:afterDelay:"), Sel("updateKavelinAlert"),
-               id{nullptr}, kSecondRecheck);
+    send<void>(self, kUpdateKavelinAlert);
+    send<void>(self, kPerformSelectorWithObjectAfterDelay, kUpdateKavelinAlert, id{nullptr},
+               kFirstRecheck);
+    send<void>(self, kPerformSelectorWithObjectAfterDelay, kUpdateKavelinAlert, id{nullptr},
+               kSecondRecheck);
   }
 }
 
 void updateKavelinAlert(id, SEL) {
   id container = promptContainer();
   if (!gRemembered || container == nullptr) return;
-  CGRect frame = send<CGRect>(container, Sel("frame"));
+  CGRect frame = send<CGRect>(container, kFrame);
   if (frame.origin.y == gRememberedOriginY) return;
   frame.origin.y = gRememberedOriginY;
-  send<void>(container, Sel("setFrame:"), frame);
+  send<void>(container, kSetFrame, frame);
 }
 
 }  // namespace kv::prompt

@@ -12,17 +12,18 @@ namespace kv::settings {
 
 namespace {
 
-using platform::Sel;
+// The selectors this file sends, each written once.
+const platform::Sel kDictionary("dictionary");
+const platform::Sel kSetObjectForKey("setObject:forKey:");
 
 using FigVibratorInitializeFn = void (*)();
 using FigVibratorPlayFn = void (*)(CFDictionaryRef pattern, int, int);
 
 // The sample pattern: half a second, on for 0.4, off for 0.1.
 id vibrationPattern() {
-  id pattern =
-      platform::sendClass<id>(platform::classNamed("NSMutableDictionary"), Sel("dictionary"));
+  id pattern = platform::sendClass<id>(platform::classNamed("NSMutableDictionary"), kDictionary);
   auto put = [pattern](const char* key, id value) {
-    platform::send<void>(pattern, Sel("setObject:forKey:"), value, platform::makeString(key));
+    platform::send<void>(pattern, kSetObjectForKey, value, platform::makeString(key));
   };
   put("TotalDuration", platform::makeReal(0.5));
   put("OnDuration", platform::makeReal(0.4));

@@ -17,8 +17,12 @@ namespace kv::settings {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kBoolValue("boolValue");
+const platform::Sel kIntValue("intValue");
+const platform::Sel kStringValue("stringValue");
+
 using platform::Retained;
-using platform::Sel;
 
 Settings& snapshot() {
   static Settings s;
@@ -56,7 +60,7 @@ std::optional<bool> readBool(const char* key) {
     return std::nullopt;
   }
   if (!v) return std::nullopt;
-  return platform::send<BOOL>(v.get(), Sel("boolValue")) != 0;
+  return platform::send<BOOL>(v.get(), kBoolValue) != 0;
 }
 std::optional<int> readInt(const char* key) {
   Retained v = copyValue(key);
@@ -67,7 +71,7 @@ std::optional<int> readInt(const char* key) {
     return std::nullopt;
   }
   if (!v) return std::nullopt;
-  return platform::send<int>(v.get(), Sel("intValue"));
+  return platform::send<int>(v.get(), kIntValue);
 }
 std::optional<std::string> readString(const char* key) {
   Retained v = copyValue(key);
@@ -79,7 +83,7 @@ std::optional<std::string> readString(const char* key) {
         whole && platform::realOf(v.get()) == static_cast<double>(*whole)) {
       return std::to_string(*whole);
     }
-    return platform::toString(platform::send<id>(v.get(), Sel("stringValue")));
+    return platform::toString(platform::send<id>(v.get(), kStringValue));
   }
   logRepair(key, "is neither text nor a number; ignored");
   return std::nullopt;

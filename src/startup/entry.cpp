@@ -33,25 +33,33 @@ namespace kv::startup {
 
 namespace {
 
-using platform::Sel;
+// The selectors this file sends, each written once.
+const platform::Sel kProcessInfo("processInfo");
+const platform::Sel kProcessName("processName");
+const platform::Sel kMainBundle("mainBundle");
+const platform::Sel kBundleIdentifier("bundleIdentifier");
+const platform::Sel kDefaultManager("defaultManager");
+const platform::Sel kFileExistsAtPath("fileExistsAtPath:");
+const platform::Sel kCurrentDevice("currentDevice");
+const platform::Sel kUserInterfaceIdiom("userInterfaceIdiom");
+
 using settings::Note;
 using settings::observe;
 using settings::registerToken;
 
 std::string processName() {
-  id info = platform::sendClass<id>(platform::classNamed("NSProcessInfo"), Sel("processInfo"));
-  return platform::toString(platform::send<id>(info, Sel("processName")));
+  id info = platform::sendClass<id>(platform::classNamed("NSProcessInfo"), kProcessInfo);
+  return platform::toString(platform::send<id>(info, kProcessName));
 }
 
 std::string bundleIdentifier() {
-  id bundle = platform::sendClass<id>(platform::classNamed("NSBundle"), Sel("mainBundle"));
-  return platform::toString(platform::send<id>(bundle, Sel("bundleIdentifier")));
+  id bundle = platform::sendClass<id>(platform::classNamed("NSBundle"), kMainBundle);
+  return platform::toString(platform::send<id>(bundle, kBundleIdentifier));
 }
 
 bool fileExists(const char* path) {
-  id manager =
-      platform::sendClass<id>(platform::classNamed("NSFileManager"), Sel("defaultManager"));
-  return platform::send<BOOL>(manager, Sel("fileExistsAtPath:"), platform::makeString(path)) != 0;
+  id manager = platform::sendClass<id>(platform::classNamed("NSFileManager"), kDefaultManager);
+  return platform::send<BOOL>(manager, kFileExistsAtPath, platform::makeString(path)) != 0;
 }
 
 void inCallSection() {
@@ -78,8 +86,8 @@ void settingsSection() {
   settings::defineSettingsControllers();
   observe(Note::kPrefsChanged, settings::settingsChanged);
   settings::load();
-  id device = platform::sendClass<id>(platform::classNamed("UIDevice"), Sel("currentDevice"));
-  base::flags().isPad = platform::send<platform::Integer>(device, Sel("userInterfaceIdiom")) == 1;
+  id device = platform::sendClass<id>(platform::classNamed("UIDevice"), kCurrentDevice);
+  base::flags().isPad = platform::send<platform::Integer>(device, kUserInterfaceIdiom) == 1;
 }
 
 void cameraSection() {

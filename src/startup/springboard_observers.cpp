@@ -12,6 +12,11 @@
 namespace kv::startup {
 
 namespace {
+
+// The selectors this file sends, each written once.
+const platform::Sel kLockDeviceFromNotification("lockDeviceFromNotification");
+const platform::Sel kGlyphView("glyphView");
+const platform::Sel kSetStateAnimatedCompletionHandler("setState:animated:completionHandler:");
 // The screen-changed state of SpringBoard's own home screen.
 constexpr uint64_t kHomeScreen = 2;
 }  // namespace
@@ -42,15 +47,14 @@ void startupFinished(CFNotificationCenterRef, void*, CFNotificationName, const v
 
 void lockDeviceNow(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                    CFDictionaryRef) {
-  platform::send<void>(core::controller(), platform::Sel("lockDeviceFromNotification"));
+  platform::send<void>(core::controller(), kLockDeviceFromNotification);
 }
 
 void testGlyph(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef) {
-  id glyph =
-      platform::sendIfResponds<id>(core::state().kavelinAlert.get(), platform::Sel("glyphView"));
+  id glyph = platform::sendIfResponds<id>(core::state().kavelinAlert.get(), kGlyphView);
   auto glyphState = static_cast<platform::Integer>(settings::stateOf(settings::Note::kTestGlyph));
-  platform::sendIfResponds(glyph, platform::Sel("setState:animated:completionHandler:"), glyphState,
-                           BOOL{1}, id{nullptr});
+  platform::sendIfResponds(glyph, kSetStateAnimatedCompletionHandler, glyphState, BOOL{1},
+                           id{nullptr});
 }
 
 }  // namespace kv::startup
