@@ -5,13 +5,11 @@
 #include <unordered_map>
 
 #include "platform/runtime.h"
+#include "prompt/selectors.h"
 
 namespace kv::prompt {
 
 namespace {
-
-// The selectors this file sends, each written once.
-const platform::Sel kAlpha("alpha");
 
 // Touched on the main thread only, as every prompt method runs there.
 std::unordered_map<id, std::unique_ptr<AlertViewState>>& states() {
@@ -33,7 +31,7 @@ void forgetState(id alert) {
 }
 
 bool passcodeFieldShowing(const AlertViewState& s) {
-  return platform::send<double>(s.passcodeField.get(), kAlpha) > 0;
+  return platform::send<double>(s.passcodeField.get(), sel::kAlpha) > 0;
 }
 
 }  // namespace kv::prompt

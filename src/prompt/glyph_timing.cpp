@@ -5,18 +5,16 @@
 #include "platform/foundation.h"
 #include "platform/hook.h"
 #include "platform/runtime.h"
+#include "prompt/selectors.h"
 
 namespace kv::prompt {
 
 namespace {
 
-// The selectors this file sends, each written once.
-const platform::Sel kGlyphView("glyphView");
-
 constexpr double kPromptTransition = 0.2;
 
 id promptGlyph() {
-  return platform::sendIfResponds<id>(core::state().kavelinAlert.get(), kGlyphView);
+  return platform::sendIfResponds<id>(core::state().kavelinAlert.get(), sel::kGlyphView);
 }
 
 }  // namespace

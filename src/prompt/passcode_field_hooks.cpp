@@ -7,20 +7,11 @@
 #include "platform/geometry.h"
 #include "platform/hook.h"
 #include "platform/runtime.h"
+#include "prompt/selectors.h"
 
 namespace kv::prompt {
 
 namespace {
-
-// The selectors this file sends, each written once.
-const platform::Sel kView("view");
-const platform::Sel kSuperview("superview");
-const platform::Sel kPasscodeField("passcodeField");
-const platform::Sel kText("text");
-const platform::Sel kFrame("frame");
-const platform::Sel kUpdateKavelinAlert("updateKavelinAlert");
-const platform::Sel kPerformSelectorWithObjectAfterDelay("performSelector:withObject:afterDelay:");
-const platform::Sel kSetFrame("setFrame:");
 
 using platform::send;
 using platform::sendIfResponds;
@@ -37,17 +28,18 @@ bool gRemembered = false;
 id promptContainer() {
   id controller =
       platform::valueForKeyIfPresent(core::state().kavelinAlert.get(), "alertController");
-  id content = platform::valueForKeyIfPresent(sendIfResponds<id>(controller, kView), "contentView");
-  return sendIfResponds<id>(content, kSuperview);
+  id content =
+      platform::valueForKeyIfPresent(sendIfResponds<id>(controller, sel::kView), "contentView");
+  return sendIfResponds<id>(content, sel::kSuperview);
 }
 
 bool isPromptField(id field) {
   id alert = core::state().kavelinAlert.get();
-  return alert != nullptr && field == sendIfResponds<id>(alert, kPasscodeField);
+  return alert != nullptr && field == sendIfResponds<id>(alert, sel::kPasscodeField);
 }
 
 bool hasText(id field) {
-  return platform::toString(sendIfResponds<id>(field, kText)).size() > 0;
+  return platform::toString(sendIfResponds<id>(field, sel::kText)).size() > 0;
 }
 
 }  // namespace
@@ -63,27 +55,27 @@ void passcodeInsertText(id self, SEL cmd, id text) {
   if (own && !hasText(self)) {
     id container = promptContainer();
     gRemembered = container != nullptr;
-    if (gRemembered) gRememberedOriginY = send<CGRect>(container, kFrame).origin.y;
+    if (gRemembered) gRememberedOriginY = send<CGRect>(container, sel::kFrame).origin.y;
   }
   // The platform's typing.
   Original::original(self, cmd, text);
   // Back in place now, and after the platform's own moves.
   if (own && hasText(self)) {
-    send<void>(self, kUpdateKavelinAlert);
-    send<void>(self, kPerformSelectorWithObjectAfterDelay, kUpdateKavelinAlert, id{nullptr},
-               kFirstRecheck);
-    send<void>(self, kPerformSelectorWithObjectAfterDelay, kUpdateKavelinAlert, id{nullptr},
-               kSecondRecheck);
+    send<void>(self, sel::kUpdateKavelinAlert);
+    send<void>(self, sel::kPerformSelectorWithObjectAfterDelay, sel::kUpdateKavelinAlert,
+               id{nullptr}, kFirstRecheck);
+    send<void>(self, sel::kPerformSelectorWithObjectAfterDelay, sel::kUpdateKavelinAlert,
+               id{nullptr}, kSecondRecheck);
   }
 }
 
 void updateKavelinAlert(id, SEL) {
   id container = promptContainer();
   if (!gRemembered || container == nullptr) return;
-  CGRect frame = send<CGRect>(container, kFrame);
+  CGRect frame = send<CGRect>(container, sel::kFrame);
   if (frame.origin.y == gRememberedOriginY) return;
   frame.origin.y = gRememberedOriginY;
-  send<void>(container, kSetFrame, frame);
+  send<void>(container, sel::kSetFrame, frame);
 }
 
 }  // namespace kv::prompt
