@@ -13,7 +13,16 @@ namespace kv::core {
 
 namespace {
 
-using platform::Sel;
+// The selectors this file sends, each written once.
+const platform::Sel kPerformSelectorWithObjectAfterDelay("performSelector:withObject:afterDelay:");
+const platform::Sel kIncomingCall("incomingCall");
+const platform::Sel kStopMatching("stopMatching");
+const platform::Sel kSharedController("sharedController");
+const platform::Sel kEnablePasscodeLockImmediately("enablePasscodeLockImmediately");
+const platform::Sel kUpdateDeviceLockedState("_updateDeviceLockedState");
+const platform::Sel kLockStateChangedFromTo("_lockStateChangedFrom:to:");
+const platform::Sel kCurrentCalls("currentCalls");
+
 using platform::sendIfResponds;
 using settings::Note;
 
@@ -30,8 +39,8 @@ id inCallController() {
 }
 
 void performOn(id target, const char* selector, double delay) {
-  sendIfResponds(target, Sel("performSelector:withObject:afterDelay:"),
-                 platform::selector(selector), id{nullptr}, delay);
+  sendIfResponds(target, kPerformSelectorWithObjectAfterDelay, platform::selector(selector),
+                 id{nullptr}, delay);
 }
 
 }  // namespace
@@ -47,7 +56,7 @@ void callStatusChanged() {
     return;
   }
   id callCenter = sharedInstanceOf("TUCallCenter");
-  if (sendIfResponds<id>(callCenter, Sel("incomingCall")) != nullptr) {
+  if (sendIfResponds<id>(callCenter, kIncomingCall) != nullptr) {
     // A ringing call: names hidden until a finger or face is matched.
     settings::setState(Note::kAllowInCallNames, kNamesHidden);
     performOn(state().biometricDelegate.get(), "_startMatching", kMonitorStart);
@@ -55,22 +64,22 @@ void callStatusChanged() {
     performOn(inCallController(), "startMatching", kInCallStartAgain);
   } else {
     // No ringing call: the in-call matching stops, and a locked device's
-    //    passcode lock takes effect at once.
-    sendIfResponds(inCallController(), Sel("stopMatching"));
+    // passcode lock takes effect at once.
+    sendIfResponds(inCallController(), kStopMatching);
     if (devicePasscodeSet() && uiLocked()) {
       id lock = platform::sendClass<id>(platform::classNamed("SBDeviceLockController"),
-                                        Sel("sharedController"));
-      sendIfResponds(lock, Sel("enablePasscodeLockImmediately"));
-      if (platform::respondsTo(lock, Sel("_updateDeviceLockedState"))) {
-        platform::send<void>(lock, Sel("_updateDeviceLockedState"));
+                                        kSharedController);
+      sendIfResponds(lock, kEnablePasscodeLockImmediately);
+      if (platform::respondsTo(lock, kUpdateDeviceLockedState)) {
+        platform::send<void>(lock, kUpdateDeviceLockedState);
       } else {
-        sendIfResponds(lock, Sel("_lockStateChangedFrom:to:"), 2, 0);
+        sendIfResponds(lock, kLockStateChangedFromTo, 2, 0);
       }
     }
   }
   // During a call the state stands; after the last one the names stay
-  //    shown only when a match showed them and lifting should not hide them.
-  if (platform::arrayCount(sendIfResponds<id>(callCenter, Sel("currentCalls"))) > 0) {
+  // shown only when a match showed them and lifting should not hide them.
+  if (platform::arrayCount(sendIfResponds<id>(callCenter, kCurrentCalls)) > 0) {
     settings::post(Note::kAllowInCallNames);
     return;
   }

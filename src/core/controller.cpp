@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "base/flags.h"
+#include "core/biometric_events.h"
 #include "core/calls.h"
 #include "core/coordinator.h"
 #include "core/device.h"
@@ -19,15 +21,27 @@
 #include "platform/retained.h"
 #include "platform/runtime.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kInit("init");
+const platform::Sel kDefaultCenter("defaultCenter");
+const platform::Sel kAddObserverSelectorNameObject("addObserver:selector:name:object:");
+const platform::Sel kAlloc("alloc");
+const platform::Sel kSetText("setText:");
+const platform::Sel kDismissWithClickedButtonIndexAnimated(
+    "dismissWithClickedButtonIndex:animated:");
+const platform::Sel kPasscodeField("passcodeField");
+const platform::Sel kBecomeFirstResponder("becomeFirstResponder");
+const platform::Sel kWindow("window");
+const platform::Sel kMakeKeyAndVisible("makeKeyAndVisible");
+const platform::Sel kSharedInstance("sharedInstance");
+
 using platform::Integer;
 using platform::MethodSpec;
-using platform::Sel;
 using platform::send;
 using platform::sendIfResponds;
 
@@ -36,14 +50,13 @@ id gShared = nullptr;
 // ---- Life ----
 
 id controllerInit(id self, SEL) {
-  self = platform::sendSuper<id>(platform::classNamed("NSObject"), self, Sel("init"));
+  self = platform::sendSuper<id>(platform::classNamed("NSObject"), self, kInit);
   if (self == nullptr) return nullptr;
   if (gShared == nullptr) gShared = self;
   platform::AutoreleasePool pool;
-  id center =
-      platform::sendClass<id>(platform::classNamed("NSNotificationCenter"), Sel("defaultCenter"));
+  id center = platform::sendClass<id>(platform::classNamed("NSNotificationCenter"), kDefaultCenter);
   auto observe = [&](const char* selector, const char* name) {
-    send<void>(center, Sel("addObserver:selector:name:object:"), self, platform::selector(selector),
+    send<void>(center, kAddObserverSelectorNameObject, self, platform::selector(selector),
                platform::makeString(name), id{nullptr});
   };
   observe("languageChanged:", "SBLanguageDidChangeNotification");
@@ -51,14 +64,13 @@ id controllerInit(id self, SEL) {
   state().invocation.reset();
   state().urlInvocation.reset();
   state().biometricDelegate.reset(sharedInstanceOf("SBUIBiometricEventMonitor"));
-  observe("_kv_keyboardDidShow:", startup::flags().isIOS8OrLater
-                                      ? "UIKeyboardDidShowNotification"
-                                      : "UIKeyboardWillShowNotification");
+  observe("_kv_keyboardDidShow:", base::flags().isIOS8OrLater ? "UIKeyboardDidShowNotification"
+                                                              : "UIKeyboardWillShowNotification");
   return self;
 }
 
 id sharedInstance(id cls, SEL) {
-  if (gShared == nullptr) send<id>(send<id>(cls, Sel("alloc")), Sel("init"));
+  if (gShared == nullptr) send<id>(send<id>(cls, kAlloc), kInit);
   return gShared;
 }
 
@@ -180,11 +192,11 @@ void callStatusChangedMethod(id, SEL, id) {
 void enteredPasscode(id, SEL, id field, id text) {
   const auto& stored = settings::current().passcode;
   if (stored && platform::stringOf(text) == stored) {
-    handleBiometricEvent(3, true);
+    handleBiometricEvent(kEventMatch, true);
     return;
   }
-  sendIfResponds(field, Sel("setText:"), platform::makeString(""));
-  handleBiometricEvent(9, true);
+  sendIfResponds(field, kSetText, platform::makeString(""));
+  handleBiometricEvent(kEventNoMatch, true);
 }
 
 // ---- The prompt's delegate ----
@@ -194,7 +206,7 @@ void enteredPasscode(id, SEL, id field, id text) {
 // the device when cancelled.
 void clickedButton(id, SEL, id alert, Integer index) {
   if (index != 0) return;
-  if (startup::flags().isIOS11 && state().lockAfterCancel) {
+  if (base::flags().isIOS11 && state().lockAfterCancel) {
     pressLockButton();
     state().lockAfterCancel = false;
   }
@@ -208,13 +220,13 @@ void didDismiss(id, SEL, id alert, Integer index) {
 }
 void alertCancelled(id, SEL, id alert) {
   cancelScheduledRestarts();
-  send<void>(alert, Sel("dismissWithClickedButtonIndex:animated:"), Integer{0}, BOOL{0});
+  send<void>(alert, kDismissWithClickedButtonIndexAnimated, Integer{0}, BOOL{0});
   cleanupOnce(alert);
 }
 // Without a sensor the keyboard comes up with the prompt.
 void didPresent(id, SEL, id alert) {
   if (biometricsInUse()) return;
-  send<BOOL>(sendIfResponds<id>(alert, Sel("passcodeField")), Sel("becomeFirstResponder"));
+  send<BOOL>(sendIfResponds<id>(alert, kPasscodeField), kBecomeFirstResponder);
 }
 
 // The prompt's window above any other modal item, and again when the
@@ -222,8 +234,8 @@ void didPresent(id, SEL, id alert) {
 void bringAlertToFront(id, SEL) {
   id item = platform::valueForKeyIfPresent(state().kavelinAlert.get(), "representedModalItem");
   id view = platform::valueForKeyIfPresent(item, "representedView");
-  id window = sendIfResponds<id>(view, Sel("window"));
-  sendIfResponds(window, Sel("makeKeyAndVisible"));
+  id window = sendIfResponds<id>(view, kWindow);
+  sendIfResponds(window, kMakeKeyAndVisible);
 }
 void keyboardDidShow(id self, SEL, id) {
   if (!promptVisible()) return;
@@ -338,7 +350,7 @@ void defineKavelinController() {
 
 id controller() {
   defineKavelinController();
-  return platform::sendClass<id>(platform::classNamed("KavelinController"), Sel("sharedInstance"));
+  return platform::sendClass<id>(platform::classNamed("KavelinController"), kSharedInstance);
 }
 
 }  // namespace kv::core

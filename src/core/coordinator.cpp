@@ -3,9 +3,10 @@
 
 #include <utility>
 
+#include "base/flags.h"
+#include "base/session.h"
 #include "core/device.h"
 #include "core/matching.h"
-#include "core/session.h"
 #include "core/state.h"
 #include "core/texts.h"
 #include "platform/foundation.h"
@@ -14,14 +15,40 @@
 #include "settings/bundle.h"
 #include "settings/notifications.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kAlloc("alloc");
+const platform::Sel kInitAlertView(
+    "initWithTitle:message:delegate:cancelButtonTitle:otherButtonTitles:");
+const platform::Sel kAddButtonWithTitle("addButtonWithTitle:");
+const platform::Sel kDismissWithClickedButtonIndexAnimated(
+    "dismissWithClickedButtonIndex:animated:");
+const platform::Sel kRebootNow("_rebootNow");
+const platform::Sel kRebootNowWithSender("_rebootNow:");
+const platform::Sel kPowerDownRequested("powerDownRequested:");
+const platform::Sel kPowerDown("powerDown");
+const platform::Sel kCancel("cancel");
+const platform::Sel kTearDownCameraUIImmediately("tearDownCameraUIImmediately");
+const platform::Sel kCopy("copy");
+const platform::Sel kIsVisible("isVisible");
+const platform::Sel kPerformSelectorWithObjectAfterDelay("performSelector:withObject:afterDelay:");
+const platform::Sel kCancelPreviousPerformRequestsWithTargetSelectorObject(
+    "cancelPreviousPerformRequestsWithTarget:selector:object:");
+const platform::Sel kClearHighlightedIcon("clearHighlightedIcon");
+const platform::Sel kSharedInstance("sharedInstance");
+const platform::Sel kSetInRestrictTitle("setInRestrictTitle:");
+const platform::Sel kShow("show");
+const platform::Sel kPointerValue("pointerValue");
+const platform::Sel kRelaunchSpringBoardNow("_relaunchSpringBoardNow");
+const platform::Sel kIconForceTouchViewControllerDidDismiss(
+    "iconForceTouchViewControllerDidDismiss:");
+const platform::Sel kKillAnimations("killAnimations");
+
 using platform::Retained;
-using platform::Sel;
 using platform::send;
 using platform::sendIfResponds;
 using settings::Note;
@@ -60,13 +87,12 @@ id promptMessage() {
 // on a device with biometrics when a passcode is stored.
 Retained newPrompt() {
   id cancel = settings::localized("CANCEL", "Cancel");
-  id alert =
-      send<id>(platform::sendClass<id>(platform::classNamed("KavelinAlertView"), Sel("alloc")),
-               Sel("initWithTitle:message:delegate:cancelButtonTitle:otherButtonTitles:"),
-               platform::makeString("Kavelin"), promptMessage(), controller(), cancel, id{nullptr});
+  id alert = send<id>(platform::sendClass<id>(platform::classNamed("KavelinAlertView"), kAlloc),
+                      kInitAlertView, platform::makeString("Kavelin"), promptMessage(),
+                      controller(), cancel, id{nullptr});
   Retained prompt = Retained::adopt(alert);
   if (biometricsInUse() && settings::current().passcode) {
-    send<platform::Integer>(prompt.get(), Sel("addButtonWithTitle:"),
+    send<platform::Integer>(prompt.get(), kAddButtonWithTitle,
                             platform::makeString("Enter passcode"));
   }
   return prompt;
@@ -74,24 +100,24 @@ Retained newPrompt() {
 
 // Dismisses the prompt with a button index, as the platform would after a tap.
 void dismissPrompt(platform::Integer index, bool animated) {
-  send<void>(state().kavelinAlert.get(), Sel("dismissWithClickedButtonIndex:animated:"), index,
+  send<void>(state().kavelinAlert.get(), kDismissWithClickedButtonIndexAnimated, index,
              static_cast<BOOL>(animated ? 1 : 0));
 }
 
 // The application object answers the reboot, power-down and respring.
 void reboot() {
   id app = application();
-  if (platform::respondsTo(app, Sel("_rebootNow"))) {
-    send<void>(app, Sel("_rebootNow"));
+  if (platform::respondsTo(app, kRebootNow)) {
+    send<void>(app, kRebootNow);
   } else {
-    sendIfResponds(app, Sel("_rebootNow:"), id{nullptr});
+    sendIfResponds(app, kRebootNowWithSender, id{nullptr});
   }
 }
 void powerDown() {
-  if (startup::flags().isIOS11) {
-    sendIfResponds(application(), Sel("powerDownRequested:"), id{nullptr});
+  if (base::flags().isIOS11) {
+    sendIfResponds(application(), kPowerDownRequested, id{nullptr});
   } else {
-    sendIfResponds(application(), Sel("powerDown"));
+    sendIfResponds(application(), kPowerDown);
   }
 }
 
@@ -102,7 +128,7 @@ void dropPromptState() {
   s.cameraPhotos9Pending = false;
   s.switcherPromptPending = false;
   s.failedAttempts = 0;
-  if (s.matchOperation) sendIfResponds(s.matchOperation.get(), Sel("cancel"));
+  if (s.matchOperation) sendIfResponds(s.matchOperation.get(), kCancel);
   s.matchOperation.reset();
   s.invocation.reset();
   s.urlInvocation.reset();
@@ -114,7 +140,7 @@ void dropPromptState() {
   s.passcodeWasVisible = false;
   forgetSuccessUnderway();
   if (s.cameraViewController)
-    sendIfResponds(s.cameraViewController.get(), Sel("tearDownCameraUIImmediately"));
+    sendIfResponds(s.cameraViewController.get(), kTearDownCameraUIImmediately);
   s.cameraViewController.reset();
   s.pendingURL.reset();
   s.lastAuthenticationTime = 0;
@@ -135,7 +161,7 @@ void setUrlInvocation(id invocation, id url) {
 }
 
 void setRestrictedTitle(id title) {
-  state().restrictedTitle = Retained::adopt(send<id>(title, Sel("copy")));
+  state().restrictedTitle = Retained::adopt(send<id>(title, kCopy));
 }
 
 void setRestrictedTitle(const std::string& title) {
@@ -149,18 +175,18 @@ bool somethingPending() {
 }
 
 bool promptVisible() {
-  return state().kavelinAlert && send<BOOL>(state().kavelinAlert.get(), Sel("isVisible")) != 0;
+  return state().kavelinAlert && send<BOOL>(state().kavelinAlert.get(), kIsVisible) != 0;
 }
 
 void performLater(const char* selector, double delay) {
-  send<void>(controller(), Sel("performSelector:withObject:afterDelay:"),
-             platform::selector(selector), id{nullptr}, delay);
+  send<void>(controller(), kPerformSelectorWithObjectAfterDelay, platform::selector(selector),
+             id{nullptr}, delay);
 }
 
 void cancelPerform(const char* selector) {
   platform::sendClass<void>(platform::classNamed("NSObject"),
-                            Sel("cancelPreviousPerformRequestsWithTarget:selector:object:"),
-                            controller(), platform::selector(selector), id{nullptr});
+                            kCancelPreviousPerformRequestsWithTargetSelectorObject, controller(),
+                            platform::selector(selector), id{nullptr});
 }
 
 void showAlert() {
@@ -169,9 +195,8 @@ void showAlert() {
   // A fresh prompt has seen no finger yet; the tapped icon stops glowing.
   s.presenceSeen = false;
   Class iconController = platform::classNamed("SBIconController");
-  if (platform::instancesRespondTo(iconController, Sel("clearHighlightedIcon"))) {
-    send<void>(platform::sendClass<id>(iconController, Sel("sharedInstance")),
-               Sel("clearHighlightedIcon"));
+  if (platform::instancesRespondTo(iconController, kClearHighlightedIcon)) {
+    send<void>(platform::sendClass<id>(iconController, kSharedInstance), kClearHighlightedIcon);
   }
   // One prompt at a time: try again once the visible one has gone.
   if (promptVisible()) {
@@ -185,13 +210,13 @@ void showAlert() {
   if (!prompt) return;  // no prompt class in this process: nothing can be shown
   // The item it names.
   if (s.restrictedTitle) {
-    send<void>(prompt.get(), Sel("setInRestrictTitle:"), s.restrictedTitle.get());
+    send<void>(prompt.get(), kSetInRestrictTitle, s.restrictedTitle.get());
     s.restrictedTitle.reset();
   }
   // On screen.
   s.kavelinAlert = std::move(prompt);
   s.cleanedAlert = nullptr;
-  send<void>(s.kavelinAlert.get(), Sel("show"));
+  send<void>(s.kavelinAlert.get(), kShow);
   s.hasVisibleAlert = true;
 }
 
@@ -206,7 +231,7 @@ void authenticateForIdentifier(id identifier, id target, SEL sel, id argumentPoi
   }
   // Its arguments from index 2 on, each read through its pointer.
   for (platform::UInteger i = 0; i < platform::arrayCount(argumentPointers); ++i) {
-    void* pointer = send<void*>(platform::arrayObjectAt(argumentPointers, i), Sel("pointerValue"));
+    void* pointer = send<void*>(platform::arrayObjectAt(argumentPointers, i), kPointerValue);
     if (pointer != nullptr) platform::setInvocationArgument(invocation.get(), pointer, i + 2);
   }
   // Kept, named, shown.
@@ -232,7 +257,7 @@ void succeed() {
     } else if (s.pendingPowerDown) {
       powerDown();
     } else {
-      sendIfResponds(application(), Sel("_relaunchSpringBoardNow"));
+      sendIfResponds(application(), kRelaunchSpringBoardNow);
     }
     dismissPrompt(kSuccessButton, false);
     return;
@@ -259,7 +284,7 @@ void succeed() {
   if (biometricsInUse()) endMatchingAfterSuccess();
   // The session, and whether it lasts.
   s.hasVisibleAlert = false;
-  sessionUnlocked() = true;
+  base::sessionUnlocked() = true;
   settings::publish(Note::kGracePeriod, settings::current().keepSession ? 1 : 0);
   // The prompt goes.
   dismissPrompt(kSuccessButton, true);
@@ -277,7 +302,7 @@ void cleanupAlertAndRemoveObserver() {
   s.cleanedAlert = s.kavelinAlert.get();
   // A force-touch menu put away for the prompt hears that it is gone.
   if (s.forceTouchOwner) {
-    sendIfResponds(s.forceTouchOwner.get(), Sel("iconForceTouchViewControllerDidDismiss:"),
+    sendIfResponds(s.forceTouchOwner.get(), kIconForceTouchViewControllerDidDismiss,
                    s.forceTouchArgument.get());
     s.forceTouchOwner.reset();
     s.forceTouchArgument.reset();
@@ -292,7 +317,7 @@ void cleanupAlertAndRemoveObserver() {
   dropPromptState();
   // The screen as it was; other processes drop their requests.
   restoreBacklight();
-  if (powerDownScreen) sendIfResponds(powerDownScreen.get(), Sel("cancel"));
+  if (powerDownScreen) sendIfResponds(powerDownScreen.get(), kCancel);
   settings::post(Note::kAlertCancelled);
 }
 
@@ -308,9 +333,9 @@ void giveUp() {
   // The cleanup drops what was held back, the borrowed sensor, the pending
   // flags and the match operation, and gives the brightness back.
   cleanupAlertAndRemoveObserver();
-  sendIfResponds(prompt.get(), Sel("killAnimations"));
-  send<void>(prompt.get(), Sel("dismissWithClickedButtonIndex:animated:"), kCancelButton, BOOL{0});
-  if (startup::flags().isIOS10OrLater) pressLockButton();
+  sendIfResponds(prompt.get(), kKillAnimations);
+  send<void>(prompt.get(), kDismissWithClickedButtonIndexAnimated, kCancelButton, BOOL{0});
+  if (base::flags().isIOS10OrLater) pressLockButton();
 }
 
 void restoreBacklight() {

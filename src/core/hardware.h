@@ -1,19 +1,13 @@
-// The biometric hardware of the device, as the I/O registry tells it, and
-// the identities enrolled in it.
+// The biometric hardware under its former names, for the files not yet moved
+// to base/hardware.h, where it now lives.
 #pragma once
+
+#include "base/hardware.h"
 
 namespace kv::core {
 
-// True iff the face camera ("AppleH10PearlCam") is present; looked up once
-// per process and remembered.
-bool faceCameraPresent();
-
-// True iff biometric hardware is to be used: the settings do not ask for the
-// passcode only, and the fingerprint sensor ("AppleMesa") or the face camera
-// is in the I/O registry. Asks the registry on every call.
-bool biometricHardwareInUse(bool onlyPasscode);
-
-// The number of enrolled fingers or faces (BiometricKit's identities).
-unsigned long enrolledIdentities();
+using base::biometricHardwareInUse;
+using base::enrolledIdentities;
+using base::faceCameraPresent;
 
 }  // namespace kv::core

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "base/flags.h"
 #include "core/controller.h"
 #include "core/policy.h"
 #include "platform/foundation.h"
@@ -12,7 +13,6 @@
 #include "settings/bundle.h"
 #include "settings/notifications.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
@@ -90,20 +90,20 @@ void removeIdentity(id self, SEL cmd, id identity) {
     showRemovalAlert(s.passcode ? kAllRemovedPasscodeRemains : kAllRemovedUnprotected);
   }
   // Judged on the settings just loaded: a stored passcode still counts.
-  startup::springBoardFlags().identitiesPresent = wayToAuthenticate();
+  base::springBoardFlags().identitiesPresent = wayToAuthenticate();
   settings::publish(Note::kIdentities, count);
 }
 
 void updateIdentity(id self, SEL cmd, id identity) {
   platform::Hook<&updateIdentity>::original(self, cmd, identity);
   postPrefsChangedSoon();
-  startup::springBoardFlags().identitiesPresent = true;
+  base::springBoardFlags().identitiesPresent = true;
   settings::publish(Note::kIdentities, 1);
 }
 
 void enrollmentChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                        CFDictionaryRef) {
-  startup::springBoardFlags().identitiesPresent = true;
+  base::springBoardFlags().identitiesPresent = true;
   settings::publish(Note::kIdentities, 1);
   settings::load();
 }
@@ -126,7 +126,7 @@ void lockAfterFiveSeconds(CFNotificationCenterRef, void*, CFNotificationName, co
   afterSeconds(kCountdownSeconds, ^{
     platform::sendIfResponds(kept.get(), kDismiss, platform::Integer{0}, BOOL{1});
   });
-  startup::springBoardFlags().identitiesPresent = true;
+  base::springBoardFlags().identitiesPresent = true;
   afterSeconds(kCountdownSeconds, ^{
     send<void>(controller(), kLockDeviceFromNotification);
   });

@@ -1,6 +1,8 @@
 // The biometric matching session of a prompt.
 #include "core/matching.h"
 
+#include "base/flags.h"
+#include "core/biometric_events.h"
 #include "core/coordinator.h"
 #include "core/device.h"
 #include "core/state.h"
@@ -11,32 +13,64 @@
 #include "platform/runtime.h"
 #include "settings/feedback.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kManager("manager");
+const platform::Sel kDictionary("dictionary");
+const platform::Sel kEnableBackgroundFdet("enableBackgroundFdet:");
+const platform::Sel kEnableBackgroundFingerDetectionError("enableBackgroundFingerDetection:error:");
+const platform::Sel kSharedConnection("sharedConnection");
+const platform::Sel kIsFingerprintUnlockAllowed("isFingerprintUnlockAllowed");
+const platform::Sel kCopy("copy");
+const platform::Sel kRemoveObserver("removeObserver:");
+const platform::Sel kAddObserver("addObserver:");
+const platform::Sel kSetMatchingEnabled("_setMatchingEnabled:");
+const platform::Sel kStopMatching("_stopMatching");
+const platform::Sel kStartMatching("_startMatching");
+const platform::Sel kBiometricKit("biometricKit");
+const platform::Sel kMatchWithOptions("match:withOptions:");
+const platform::Sel kIsAnimating("isAnimating");
+const platform::Sel kViewAppeared("viewAppeared");
+const platform::Sel kPasscodeField("passcodeField");
+const platform::Sel kAlpha("alpha");
+const platform::Sel kShowScanner("showScanner");
+const platform::Sel kKillAnimations("killAnimations");
+const platform::Sel kResetAnimations("resetAnimations");
+const platform::Sel kGlyphStyle("glyphStyle");
+const platform::Sel kGlyphMode("glyphMode");
+const platform::Sel kPrimaryColorForStyleMode("_primaryColorForStyle:mode:");
+const platform::Sel kSecondaryColorForStyleMode("_secondaryColorForStyle:mode:");
+const platform::Sel kSetPrimaryColorAnimated("_setPrimaryColor:animated:");
+const platform::Sel kSetSecondaryColorAnimated("_setSecondaryColor:animated:");
+const platform::Sel kSetPrimaryColor("setPrimaryColor:");
+const platform::Sel kSetSecondaryColor("setSecondaryColor:");
+const platform::Sel kGlyphView("glyphView");
+const platform::Sel kSetStateAnimatedCompletionHandler("setState:animated:completionHandler:");
+const platform::Sel kShowPasscodeError("showPasscodeError");
+const platform::Sel kShowError("showError");
+const platform::Sel kSetMessage("setMessage:");
+const platform::Sel kSharedInstanceIfExists("sharedInstanceIfExists");
+const platform::Sel kIsMatching("isMatching");
+const platform::Sel kIsMatchingEnabled("isMatchingEnabled");
+const platform::Sel kIsPasscodeSet("isPasscodeSet");
+const platform::Sel kInvalidate("invalidate");
+const platform::Sel kAcquireMatchingAssertionWithModeReason(
+    "acquireMatchingAssertionWithMode:reason:");
+const platform::Sel kSetDelegate("setDelegate:");
+const platform::Sel kMatchWithModeAndCredentialSet("matchWithMode:andCredentialSet:");
+const platform::Sel kCancel("cancel");
+const platform::Sel kDetectFingerWithOptions("detectFingerWithOptions:");
+const platform::Sel kSharedController("sharedController");
+const platform::Sel kDeviceHasPasscodeSet("deviceHasPasscodeSet");
+
 using platform::Integer;
 using platform::Retained;
-using platform::Sel;
 using platform::send;
 using platform::sendIfResponds;
-
-// The platform's event codes this session acts on.
-enum Event : long {
-  kReset = 0,
-  kFingerOn = 1,
-  kPresenceEnded = 2,
-  kMatch = 3,
-  kHardStopFirst = 5,
-  kHardStopLast = 8,
-  kFingerDetected = 7,
-  kNoMatch = 9,
-  kNoMatchOther = 10,
-  kFaceDetected = 12,
-  kFaceRetry = 14,
-};
 
 constexpr int kFailureCap = 10;
 constexpr double kCheckMatchingDelay = 2.0;
@@ -58,7 +92,7 @@ constexpr Integer kGlyphAlternativeSuccessIOS10 = 7;
 bool gSuccessUnderway = false;
 
 id kit() {
-  return platform::sendClass<id>(platform::classNamed("BiometricKit"), Sel("manager"));
+  return platform::sendClass<id>(platform::classNamed("BiometricKit"), kManager);
 }
 id resource() {
   return sharedInstanceOf("SBUIBiometricResource");
@@ -73,30 +107,30 @@ bool touchID() {
   return biometricsInUse() && !faceID();
 }
 bool ios11() {
-  return startup::flags().isIOS11;
+  return base::flags().isIOS11;
 }
 bool ios10OrLater() {
-  return startup::flags().isIOS10OrLater;
+  return base::flags().isIOS10OrLater;
 }
 id emptyDictionary() {
-  return platform::sendClass<id>(platform::classNamed("NSDictionary"), Sel("dictionary"));
+  return platform::sendClass<id>(platform::classNamed("NSDictionary"), kDictionary);
 }
 
 void setBackgroundDetection(bool on) {
   id k = kit();
   BOOL value = on ? 1 : 0;
-  if (platform::respondsTo(k, Sel("enableBackgroundFdet:"))) {
-    send<int>(k, Sel("enableBackgroundFdet:"), value);
+  if (platform::respondsTo(k, kEnableBackgroundFdet)) {
+    send<int>(k, kEnableBackgroundFdet, value);
   } else {
-    sendIfResponds<BOOL>(k, Sel("enableBackgroundFingerDetection:error:"), value,
+    sendIfResponds<BOOL>(k, kEnableBackgroundFingerDetectionError, value,
                          static_cast<id*>(nullptr));
   }
 }
 
 bool fingerprintUnlockAllowed() {
   id connection =
-      platform::sendClass<id>(platform::classNamed("MCProfileConnection"), Sel("sharedConnection"));
-  return sendIfResponds<BOOL>(connection, Sel("isFingerprintUnlockAllowed")) != 0;
+      platform::sendClass<id>(platform::classNamed("MCProfileConnection"), kSharedConnection);
+  return sendIfResponds<BOOL>(connection, kIsFingerprintUnlockAllowed) != 0;
 }
 
 // Before iOS 11 the prompt borrows the event source: its observers are put
@@ -113,22 +147,21 @@ void takeOverEventSource() {
     s.eventSourceMatchingWasEnabled =
         platform::ivar<BOOL>(source, "_matchingEnabled").value_or(0) != 0;
     id observers = platform::ivar<id>(source, "_observers").value_or(nullptr);
-    s.removedObservers = Retained::adopt(send<id>(observers, Sel("copy")));
+    s.removedObservers = Retained::adopt(send<id>(observers, kCopy));
     for (platform::UInteger i = 0; i < platform::arrayCount(s.removedObservers.get()); ++i) {
-      sendIfResponds(source, Sel("removeObserver:"),
-                     platform::arrayObjectAt(s.removedObservers.get(), i));
+      sendIfResponds(source, kRemoveObserver, platform::arrayObjectAt(s.removedObservers.get(), i));
     }
-    sendIfResponds(source, Sel("addObserver:"), controller());
+    sendIfResponds(source, kAddObserver, controller());
     s.tookOverEventSource = true;
   }
-  sendIfResponds(source, Sel("_setMatchingEnabled:"), BOOL{0});
-  sendIfResponds(source, Sel("_stopMatching"));
-  sendIfResponds(source, Sel("_setMatchingEnabled:"), BOOL{1});
-  sendIfResponds(source, Sel("_startMatching"));
+  sendIfResponds(source, kSetMatchingEnabled, BOOL{0});
+  sendIfResponds(source, kStopMatching);
+  sendIfResponds(source, kSetMatchingEnabled, BOOL{1});
+  sendIfResponds(source, kStartMatching);
   performLater("checkMatchingIsReallyEnabled", kCheckMatchingDelay);
   if (ios10OrLater() && !devicePasscodeSet()) {
-    sendIfResponds<int>(sendIfResponds<id>(source, Sel("biometricKit")), Sel("match:withOptions:"),
-                         id{nullptr}, emptyDictionary());
+    sendIfResponds<int>(sendIfResponds<id>(source, kBiometricKit), kMatchWithOptions, id{nullptr},
+                        emptyDictionary());
   }
 }
 
@@ -137,12 +170,11 @@ void giveBackEventSource() {
   CoordinatorState& s = state();
   if (!s.tookOverEventSource) return;
   id source = eventSource();
-  sendIfResponds(source, Sel("_setMatchingEnabled:"),
+  sendIfResponds(source, kSetMatchingEnabled,
                  static_cast<BOOL>(s.eventSourceMatchingWasEnabled ? 1 : 0));
-  sendIfResponds(source, Sel("removeObserver:"), controller());
+  sendIfResponds(source, kRemoveObserver, controller());
   for (platform::UInteger i = 0; i < platform::arrayCount(s.removedObservers.get()); ++i) {
-    sendIfResponds(source, Sel("addObserver:"),
-                   platform::arrayObjectAt(s.removedObservers.get(), i));
+    sendIfResponds(source, kAddObserver, platform::arrayObjectAt(s.removedObservers.get(), i));
   }
   s.removedObservers.reset();
   s.tookOverEventSource = false;
@@ -153,38 +185,36 @@ void giveBackEventSource() {
 // The scanner shows for a finger or face once the prompt is on screen and still.
 void showScanner() {
   id alert = prompt();
-  if (alert == nullptr || send<BOOL>(alert, Sel("isAnimating")) ||
-      !send<BOOL>(alert, Sel("viewAppeared")))
+  if (alert == nullptr || send<BOOL>(alert, kIsAnimating) || !send<BOOL>(alert, kViewAppeared))
     return;
-  id field = send<id>(alert, Sel("passcodeField"));
-  state().passcodeWasVisible = send<double>(field, Sel("alpha")) > 0;
-  send<void>(alert, Sel("showScanner"));
+  id field = send<id>(alert, kPasscodeField);
+  state().passcodeWasVisible = send<double>(field, kAlpha) > 0;
+  send<void>(alert, kShowScanner);
 }
 
 // A moving prompt is stopped and set back to its idle face.
 void resetPromptAnimations() {
   id alert = prompt();
-  if (alert == nullptr || !send<BOOL>(alert, Sel("isAnimating")) ||
-      !send<BOOL>(alert, Sel("viewAppeared")))
+  if (alert == nullptr || !send<BOOL>(alert, kIsAnimating) || !send<BOOL>(alert, kViewAppeared))
     return;
-  send<void>(alert, Sel("killAnimations"));
-  send<void>(alert, Sel("resetAnimations"));
+  send<void>(alert, kKillAnimations);
+  send<void>(alert, kResetAnimations);
 }
 
 void setGlyphColorsForSuccess(id glyph) {
   id c = controller();
-  Integer style = send<Integer>(c, Sel("glyphStyle"));
-  Integer mode = send<Integer>(c, Sel("glyphMode"));
+  Integer style = send<Integer>(c, kGlyphStyle);
+  Integer mode = send<Integer>(c, kGlyphMode);
   // Instance methods from iOS 11; a glyph without them keeps its colours.
-  id primary = sendIfResponds<id>(glyph, Sel("_primaryColorForStyle:mode:"), style, mode);
-  id secondary = sendIfResponds<id>(glyph, Sel("_secondaryColorForStyle:mode:"), style, mode);
+  id primary = sendIfResponds<id>(glyph, kPrimaryColorForStyleMode, style, mode);
+  id secondary = sendIfResponds<id>(glyph, kSecondaryColorForStyleMode, style, mode);
   if (primary == nullptr || secondary == nullptr) return;
-  if (platform::respondsTo(glyph, Sel("_setPrimaryColor:animated:"))) {
-    send<void>(glyph, Sel("_setPrimaryColor:animated:"), primary, BOOL{1});
-    send<void>(glyph, Sel("_setSecondaryColor:animated:"), secondary, BOOL{1});
+  if (platform::respondsTo(glyph, kSetPrimaryColorAnimated)) {
+    send<void>(glyph, kSetPrimaryColorAnimated, primary, BOOL{1});
+    send<void>(glyph, kSetSecondaryColorAnimated, secondary, BOOL{1});
   } else {
-    sendIfResponds(glyph, Sel("setPrimaryColor:"), primary);
-    sendIfResponds(glyph, Sel("setSecondaryColor:"), secondary);
+    sendIfResponds(glyph, kSetPrimaryColor, primary);
+    sendIfResponds(glyph, kSetSecondaryColor, secondary);
   }
 }
 
@@ -196,16 +226,15 @@ void matched() {
   CoordinatorState& s = state();
   s.matchSucceeded = true;
   settings::playHaptic(settings::current().effectiveHaptic());
-  id glyph = sendIfResponds<id>(prompt(), Sel("glyphView"));
+  id glyph = sendIfResponds<id>(prompt(), kGlyphView);
   if (!ios10OrLater() || glyph == nullptr) {
     succeed();
   } else if (faceID()) {
-    send<void>(glyph, Sel("setState:animated:completionHandler:"), kGlyphFaceSuccess, BOOL{0},
-               id{nullptr});
+    send<void>(glyph, kSetStateAnimatedCompletionHandler, kGlyphFaceSuccess, BOOL{0}, id{nullptr});
     succeed();
   } else if (ios11()) {
     setGlyphColorsForSuccess(glyph);
-    send<void>(glyph, Sel("setState:animated:completionHandler:"), kGlyphTouchSuccessIOS11, BOOL{1},
+    send<void>(glyph, kSetStateAnimatedCompletionHandler, kGlyphTouchSuccessIOS11, BOOL{1},
                id{nullptr});
     succeed();
   } else {
@@ -213,8 +242,7 @@ void matched() {
     // then finds nothing to do.
     gSuccessUnderway = true;
     Integer glyphState = s.alternativeGlyph ? kGlyphAlternativeSuccessIOS10 : kGlyphSuccessIOS10;
-    send<void>(glyph, Sel("setState:animated:completionHandler:"), glyphState, BOOL{1},
-               platform::asObject(^{
+    send<void>(glyph, kSetStateAnimatedCompletionHandler, glyphState, BOOL{1}, platform::asObject(^{
                  if (gSuccessUnderway) succeed();
                }));
   }
@@ -230,23 +258,23 @@ void failed() {
   }
   // Stop the prompt's motion; vibrate when asked to.
   id alert = prompt();
-  sendIfResponds(alert, Sel("killAnimations"));
+  sendIfResponds(alert, kKillAnimations);
   if (settings::current().vibrateOnError) settings::playVibration();
   // The message for this attempt, then count it.
   std::string text = failureText(s.failedAttempts);
   ++s.failedAttempts;
   // The passcode's error face when the field shows or showed.
-  id field = sendIfResponds<id>(alert, Sel("passcodeField"));
-  if (send<double>(field, Sel("alpha")) > 0 || s.passcodeWasVisible) {
-    sendIfResponds(alert, Sel("showPasscodeError"));
+  id field = sendIfResponds<id>(alert, kPasscodeField);
+  if (send<double>(field, kAlpha) > 0 || s.passcodeWasVisible) {
+    sendIfResponds(alert, kShowPasscodeError);
     s.passcodeWasVisible = false;
   } else {
-    sendIfResponds(alert, Sel("showError"));
+    sendIfResponds(alert, kShowError);
   }
   // The message under the glyph.
   if (biometricsInUse()) {
     platform::AutoreleasePool pool;
-    sendIfResponds(alert, Sel("setMessage:"), platform::makeString(blankLines() + text));
+    sendIfResponds(alert, kSetMessage, platform::makeString(blankLines() + text));
   }
   // A face gets a fresh attempt: stop, then start, once however many failures.
   if (faceID()) {
@@ -257,12 +285,13 @@ void failed() {
 }
 
 bool isFailingCode(long code) {
-  if (!ios11()) return code == kNoMatch || code == kNoMatchOther;
+  if (!ios11()) return code == kEventNoMatch || code == kEventNoMatchOther;
   if (state().matchSucceeded) return false;
-  return code == kPresenceEnded || code == kFaceRetry || (code == kNoMatchOther && touchID());
+  return code == kEventPresenceEnded || code == kEventFaceRetry ||
+         (code == kEventNoMatchOther && touchID());
 }
 
-// Matching again after the platform's code 7 (a face's 14) from iOS 10 on.
+// Matching again after a detected finger (a face's retry) from iOS 10 on.
 void restartMatching() {
   if (ios11()) {
     stopMatchingForTen();
@@ -277,22 +306,21 @@ void restartMatching() {
                    });
     return;
   }
-  sendIfResponds(eventSource(), Sel("_setMatchingEnabled:"), BOOL{1});
-  sendIfResponds(eventSource(), Sel("_startMatching"));
+  sendIfResponds(eventSource(), kSetMatchingEnabled, BOOL{1});
+  sendIfResponds(eventSource(), kStartMatching);
 }
 
 bool inCallMatching() {
   id inCall = sendIfResponds<id>(platform::asId(platform::classNamed("KavelinInCallController")),
-                                 Sel("sharedInstanceIfExists"));
-  return sendIfResponds<BOOL>(inCall, Sel("isMatching")) != 0;
+                                 kSharedInstanceIfExists);
+  return sendIfResponds<BOOL>(inCall, kIsMatching) != 0;
 }
 
 }  // namespace
 
 void beginMatchingForPrompt() {
   if (ios11()) {
-    state().resourceMatchingWasEnabled =
-        sendIfResponds<BOOL>(resource(), Sel("isMatchingEnabled")) != 0;
+    state().resourceMatchingWasEnabled = sendIfResponds<BOOL>(resource(), kIsMatchingEnabled) != 0;
     startMatchingForTen();
   } else {
     takeOverEventSource();
@@ -321,44 +349,42 @@ void startMatchingForTen() {
   platform::AutoreleasePool pool;
   // The assertion's mode: the lock screen's own when the system unlocks by finger.
   id connection =
-      platform::sendClass<id>(platform::classNamed("MCProfileConnection"), Sel("sharedConnection"));
+      platform::sendClass<id>(platform::classNamed("MCProfileConnection"), kSharedConnection);
   bool systemMatches =
-      sendIfResponds<BOOL>(connection, Sel("isPasscodeSet")) != 0 && fingerprintUnlockAllowed();
+      sendIfResponds<BOOL>(connection, kIsPasscodeSet) != 0 && fingerprintUnlockAllowed();
   unsigned long mode = systemMatches ? kAssertionModeUnlockAllowed : kAssertionModeOwn;
   // The resource's events come to the controller while the assertion lasts.
   id r = resource();
-  sendIfResponds(r, Sel("addObserver:"), controller());
-  if (s.matchingAssertion) sendIfResponds(s.matchingAssertion.get(), Sel("invalidate"));
-  s.matchingAssertion.reset(sendIfResponds<id>(r, Sel("acquireMatchingAssertionWithMode:reason:"),
-                                               mode,
+  sendIfResponds(r, kAddObserver, controller());
+  if (s.matchingAssertion) sendIfResponds(s.matchingAssertion.get(), kInvalidate);
+  s.matchingAssertion.reset(sendIfResponds<id>(r, kAcquireMatchingAssertionWithModeReason, mode,
                                                platform::makeString("Kavelin Authentication")));
   // The kit reports to the controller and matches.
   id k = kit();
-  sendIfResponds(k, Sel("setDelegate:"), controller());
+  sendIfResponds(k, kSetDelegate, controller());
   setBackgroundDetection(true);
   s.matchOperation.reset(
-      sendIfResponds<id>(k, Sel("matchWithMode:andCredentialSet:"), kPromptMatchMode, id{nullptr}));
+      sendIfResponds<id>(k, kMatchWithModeAndCredentialSet, kPromptMatchMode, id{nullptr}));
 }
 
 void stopMatchingForTen() {
   CoordinatorState& s = state();
   platform::AutoreleasePool pool;
   if (ios11()) {
-    sendIfResponds(resource(), Sel("removeObserver:"), controller());
-    sendIfResponds(s.matchingAssertion.get(), Sel("invalidate"));
+    sendIfResponds(resource(), kRemoveObserver, controller());
+    sendIfResponds(s.matchingAssertion.get(), kInvalidate);
     s.matchingAssertion.reset();
   }
   id k = kit();
   setBackgroundDetection(false);
-  sendIfResponds(s.matchOperation.get(), Sel("cancel"));
+  sendIfResponds(s.matchOperation.get(), kCancel);
   s.matchOperation.reset();
-  sendIfResponds(k, Sel("setDelegate:"), resource());
+  sendIfResponds(k, kSetDelegate, resource());
   setBackgroundDetection(true);
   // The locked lock screen matches on its own again.
   if (uiLocked() && devicePasscodeSet()) {
-    sendIfResponds<id>(k, Sel("matchWithMode:andCredentialSet:"), kLockScreenMatchMode,
-                       id{nullptr});
-    sendIfResponds<int>(k, Sel("detectFingerWithOptions:"), id{nullptr});
+    sendIfResponds<id>(k, kMatchWithModeAndCredentialSet, kLockScreenMatchMode, id{nullptr});
+    sendIfResponds<int>(k, kDetectFingerWithOptions, id{nullptr});
   }
 }
 
@@ -369,14 +395,14 @@ void checkMatchingIsReallyEnabled() {
     return;
   }
   id source = eventSource();
-  sendIfResponds(source, Sel("_setMatchingEnabled:"), BOOL{1});
-  if (ios10OrLater()) sendIfResponds(source, Sel("_startMatching"));
-  id lock = platform::sendClass<id>(platform::classNamed("SBDeviceLockController"),
-                                    Sel("sharedController"));
-  if (sendIfResponds<BOOL>(lock, Sel("deviceHasPasscodeSet")) == 0) {
+  sendIfResponds(source, kSetMatchingEnabled, BOOL{1});
+  if (ios10OrLater()) sendIfResponds(source, kStartMatching);
+  id lock =
+      platform::sendClass<id>(platform::classNamed("SBDeviceLockController"), kSharedController);
+  if (sendIfResponds<BOOL>(lock, kDeviceHasPasscodeSet) == 0) {
     platform::AutoreleasePool pool;
-    sendIfResponds<int>(sendIfResponds<id>(source, Sel("biometricKit")), Sel("match:withOptions:"),
-                         id{nullptr}, emptyDictionary());
+    sendIfResponds<int>(sendIfResponds<id>(source, kBiometricKit), kMatchWithOptions, id{nullptr},
+                        emptyDictionary());
   }
 }
 
@@ -400,55 +426,57 @@ void handleBiometricEvent(long code, bool fromPasscode) {
   // Caller-name matching owns the sensor.
   if (inCallMatching()) return;
   // A new attempt forgets an earlier match.
-  if (code == kReset || code == kFingerOn ||
-      (face && (code == kNoMatchOther || code == kFaceDetected))) {
+  if (code == kEventReset || code == kEventFingerOn ||
+      (face && (code == kEventNoMatchOther || code == kEventFaceDetected))) {
     s.matchSucceeded = false;
   }
   // Presence, and the scanner for a finger or face. The passcode is no
-  //    presence: its events go straight to success or failure.
+  // presence: its events go straight to success or failure.
   if (!fromPasscode) {
-    bool presence = code == kFingerOn || code == kFingerDetected || code == kPresenceEnded ||
-                    (face && code == kFaceDetected);
+    bool presence = code == kEventFingerOn || code == kEventFingerDetected ||
+                    code == kEventPresenceEnded || (face && code == kEventFaceDetected);
     if (presence) {
       s.presenceSeen = true;
-    } else if (!ios11() && !(code == kNoMatchOther && fingerprintUnlockAllowed())) {
+    } else if (!ios11() && !(code == kEventNoMatchOther && fingerprintUnlockAllowed())) {
       s.presenceSeen = false;
     }
-    bool scanner =
-        code == kFingerOn || (code == kFingerDetected && !face) || (code == kFaceDetected && face);
+    bool scanner = code == kEventFingerOn || (code == kEventFingerDetected && !face) ||
+                   (code == kEventFaceDetected && face);
     if (hardware && scanner) showScanner();
   }
-  // A reset; a match (a face's 7, 10 and 14 reset instead).
-  if (hardware && (code == kReset || (face && (code == kFingerDetected || code == kNoMatchOther ||
-                                               code == kFaceRetry)))) {
+  // The prompt's animations start over on a reset, and for a face also when
+  // its attempt starts over or fails.
+  if (hardware &&
+      (code == kEventReset || (face && (code == kEventFingerDetected ||
+                                        code == kEventNoMatchOther || code == kEventFaceRetry)))) {
     resetPromptAnimations();
   }
   // A match while the prompt is up always succeeds, whatever is held back;
   // without a prompt only a held-back action makes it one.
-  if (code == kMatch && !gSuccessUnderway && (somethingPending() || promptVisible())) {
+  if (code == kEventMatch && !gSuccessUnderway && (somethingPending() || promptVisible())) {
     matched();
     return;
   }
   // A hard stop from iOS 10 on ends the prompt; with none up and nothing
-  //    held back there is nothing to end.
-  if (code >= kHardStopFirst && code <= kHardStopLast && code != kFingerDetected &&
+  // held back there is nothing to end.
+  if (code >= kEventHardStopFirst && code <= kEventHardStopLast && code != kEventFingerDetected &&
       ios10OrLater() && !fromPasscode && (s.hasVisibleAlert || somethingPending())) {
     giveUp();
     return;
   }
   // Matching again after a detection, while a prompt wants it.
   if (!fromPasscode && ios10OrLater() && s.hasVisibleAlert &&
-      (code == kFingerDetected || (face && code == kFaceRetry))) {
+      (code == kEventFingerDetected || (face && code == kEventFaceRetry))) {
     restartMatching();
   }
   // A failure. A wrong passcode always fails; a sensor's failure only
-  //    after a presence and with something held back.
-  if (fromPasscode ? code == kNoMatch
+  // after a presence and with something held back.
+  if (fromPasscode ? code == kEventNoMatch
                    : (isFailingCode(code) && s.presenceSeen && somethingPending())) {
     failed();
   }
   // The attempt is over.
-  if (code == kPresenceEnded || (face && code == kFaceRetry)) s.matchSucceeded = false;
+  if (code == kEventPresenceEnded || (face && code == kEventFaceRetry)) s.matchSucceeded = false;
 }
 
 }  // namespace kv::core

@@ -33,8 +33,9 @@ void cleanupObservers();
 // Cancels the scheduled stop and start of a Face ID retry.
 void cancelScheduledRestarts();
 
-// A platform biometric event (or, from the passcode field, 3 for the right
-// passcode and 9 for a wrong one).
+// A platform biometric event (see core/biometric_events.h), or from the
+// passcode field kEventMatch for the right passcode and kEventNoMatch for a
+// wrong one.
 void handleBiometricEvent(long code, bool fromPasscode = false);
 
 // Forgets a success that waits for the glyph's animation.

@@ -3,8 +3,9 @@
 // numbers made from an int, each reply with exactly its keys.
 #include <string>
 
+#include "base/flags.h"
+#include "base/hardware.h"
 #include "core/device.h"
-#include "core/hardware.h"
 #include "core/message_handlers.h"
 #include "core/policy.h"
 #include "core/texts.h"
@@ -13,7 +14,6 @@
 #include "platform/functions.h"
 #include "platform/runtime.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
@@ -49,7 +49,7 @@ id bulletinServer() {
 id phoneSection(id server) {
   if (server == nullptr) return nullptr;
   id sectionID = platform::makeString(kPhoneSection);
-  if (startup::flags().isIOS10OrLater) {
+  if (base::flags().isIOS10OrLater) {
     return platform::objectForKey(sendIfResponds<id>(server, kSavedSectionInfo), kPhoneSection);
   }
   return sendIfResponds<id>(server, kSectionInfoForSectionIDEffective, sectionID, BOOL{1});
@@ -100,7 +100,7 @@ id storePhoneSectionShowsInLockScreen(id userInfo, Channel channel) {
   if (!shows || section == nullptr) return nullptr;
   sendIfResponds(section, kSetShowsInLockScreen, static_cast<BOOL>(*shows != 0 ? 1 : 0));
   id sectionID = platform::makeString(kPhoneSection);
-  sendIfResponds(server, startup::flags().isIOS10OrLater ? kSetSectionInfo : kSetSectionInfoOld,
+  sendIfResponds(server, base::flags().isIOS10OrLater ? kSetSectionInfo : kSetSectionInfoOld,
                  section, sectionID);
   return nullptr;
 }
@@ -154,7 +154,7 @@ id replyVisibleApps(id, Channel) {
 // With a sensor in use, the enrolled fingers or faces; without, whether a
 // Kavelin passcode is stored.
 id replyIdentities(id, Channel) {
-  int count = biometricsInUse() ? static_cast<int>(enrolledIdentities())
+  int count = biometricsInUse() ? static_cast<int>(base::enrolledIdentities())
                                 : (settings::current().passcode ? 1 : 0);
   return makeDictionary({{"idsn", platform::makeInt(count)}});
 }

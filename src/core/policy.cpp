@@ -4,21 +4,34 @@
 #include <algorithm>
 #include <cstring>
 
-#include "core/hardware.h"
-#include "core/session.h"
+#include "base/flags.h"
+#include "base/hardware.h"
+#include "base/session.h"
 #include "core/state.h"
 #include "core/wifi.h"
 #include "platform/foundation.h"
 #include "platform/functions.h"
 #include "platform/runtime.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
 namespace {
 
-using platform::Sel;
+// The selectors this file sends, each written once.
+const platform::Sel kArray("array");
+const platform::Sel kIconLists("iconLists");
+const platform::Sel kIcons("icons");
+const platform::Sel kApplicationBundleID("applicationBundleID");
+const platform::Sel kAddObject("addObject:");
+const platform::Sel kDictionary("dictionary");
+const platform::Sel kSetObjectForKey("setObject:forKey:");
+const platform::Sel kDisplayName("displayName");
+const platform::Sel kSharedInstance("sharedInstance");
+const platform::Sel kRootFolder("rootFolder");
+const platform::Sel kFolderIcons("folderIcons");
+const platform::Sel kFolder("folder");
+
 using platform::send;
 using settings::Note;
 
@@ -39,17 +52,16 @@ bool isNewsstand(id folder) {
 
 // The bundle identifiers of the apps on a folder's pages.
 id folderBundleIdentifiers(id folder) {
-  id identifiers = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
-  id lists =
-      platform::respondsTo(folder, Sel("iconLists")) ? send<id>(folder, Sel("iconLists")) : nullptr;
+  id identifiers = platform::sendClass<id>(platform::classNamed("NSMutableArray"), kArray);
+  id lists = platform::respondsTo(folder, kIconLists) ? send<id>(folder, kIconLists) : nullptr;
   for (platform::UInteger l = 0; l < platform::arrayCount(lists); ++l) {
     id list = platform::arrayObjectAt(lists, l);
-    id icons = platform::respondsTo(list, Sel("icons")) ? send<id>(list, Sel("icons")) : nullptr;
+    id icons = platform::respondsTo(list, kIcons) ? send<id>(list, kIcons) : nullptr;
     for (platform::UInteger i = 0; i < platform::arrayCount(icons); ++i) {
       id icon = platform::arrayObjectAt(icons, i);
-      if (!platform::respondsTo(icon, Sel("applicationBundleID"))) continue;
-      id identifier = send<id>(icon, Sel("applicationBundleID"));
-      if (identifier != nullptr) send<void>(identifiers, Sel("addObject:"), identifier);
+      if (!platform::respondsTo(icon, kApplicationBundleID)) continue;
+      id identifier = send<id>(icon, kApplicationBundleID);
+      if (identifier != nullptr) send<void>(identifiers, kAddObject, identifier);
     }
   }
   return identifiers;
@@ -57,11 +69,9 @@ id folderBundleIdentifiers(id folder) {
 
 // One folder as the settings pane lists it.
 id folderEntry(id folder) {
-  id entry =
-      platform::sendClass<id>(platform::classNamed("NSMutableDictionary"), Sel("dictionary"));
+  id entry = platform::sendClass<id>(platform::classNamed("NSMutableDictionary"), kDictionary);
   auto put = [entry](const char* key, id value) {
-    if (value != nullptr)
-      send<void>(entry, Sel("setObject:forKey:"), value, platform::makeString(key));
+    if (value != nullptr) send<void>(entry, kSetObjectForKey, value, platform::makeString(key));
   };
   put("displayName", isNewsstand(folder) ? platform::makeString(kNewsstand)
                                          : platform::valueForKeyIfPresent(folder, "displayName"));
@@ -102,7 +112,7 @@ bool requiresAuthenticationForOpeningFolder(id folder) {
 }
 
 bool folderNameProtected(id folder) {
-  return inProtectedFolders(platform::sendIfResponds<id>(folder, Sel("displayName"))) ||
+  return inProtectedFolders(platform::sendIfResponds<id>(folder, kDisplayName)) ||
          inProtectedFolders(platform::valueForKeyIfPresent(folder, "defaultDisplayName"));
 }
 
@@ -111,8 +121,7 @@ bool isOnTrustedWiFi() {
   const std::vector<settings::TrustedNetwork>& trusted = settings::readAllowedWiFis();
   if (trusted.empty()) return false;
   // The network the device is on.
-  id manager =
-      platform::sendClass<id>(platform::classNamed("SBWiFiManager"), Sel("sharedInstance"));
+  id manager = platform::sendClass<id>(platform::classNamed("SBWiFiManager"), kSharedInstance);
   id network = platform::ivar<id>(manager, "_currentNetwork").value_or(nullptr);
   if (network == nullptr) return false;
   // Its BSSID, through the Wi-Fi framework.
@@ -128,33 +137,31 @@ bool isOnTrustedWiFi() {
 }
 
 id foldersRepresentation() {
-  id folders = platform::sendClass<id>(platform::classNamed("NSMutableArray"), Sel("array"));
+  id folders = platform::sendClass<id>(platform::classNamed("NSMutableArray"), kArray);
   id controller =
-      platform::sendClass<id>(platform::classNamed("SBIconController"), Sel("sharedInstance"));
-  id root = platform::respondsTo(controller, Sel("rootFolder"))
-                ? send<id>(controller, Sel("rootFolder"))
-                : nullptr;
-  id icons =
-      platform::respondsTo(root, Sel("folderIcons")) ? send<id>(root, Sel("folderIcons")) : nullptr;
+      platform::sendClass<id>(platform::classNamed("SBIconController"), kSharedInstance);
+  id root =
+      platform::respondsTo(controller, kRootFolder) ? send<id>(controller, kRootFolder) : nullptr;
+  id icons = platform::respondsTo(root, kFolderIcons) ? send<id>(root, kFolderIcons) : nullptr;
   for (platform::UInteger i = 0; i < platform::arrayCount(icons); ++i) {
     id icon = platform::arrayObjectAt(icons, i);
-    id folder = platform::respondsTo(icon, Sel("folder")) ? send<id>(icon, Sel("folder")) : nullptr;
-    if (folder != nullptr) send<void>(folders, Sel("addObject:"), folderEntry(folder));
+    id folder = platform::respondsTo(icon, kFolder) ? send<id>(icon, kFolder) : nullptr;
+    if (folder != nullptr) send<void>(folders, kAddObject, folderEntry(folder));
   }
   return folders;
 }
 
 bool wayToAuthenticate() {
   if (!settings::current().biometricsInUse) return settings::current().passcode.has_value();
-  return enrolledIdentities() > 0;
+  return base::enrolledIdentities() > 0;
 }
 
 bool sessionExists() {
-  return settings::current().keepSession && sessionUnlocked();
+  return settings::current().keepSession && base::sessionUnlocked();
 }
 
 bool relockRequired() {
-  const startup::SpringBoardFlags& sb = startup::springBoardFlags();
+  const base::SpringBoardFlags& sb = base::springBoardFlags();
   return !sb.identitiesPresent && sb.devicePasscodeSet;
 }
 

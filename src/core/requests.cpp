@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "base/flags.h"
 #include "core/coordinator.h"
 #include "core/device.h"
 #include "core/texts.h"
@@ -10,11 +11,23 @@
 #include "platform/invocation.h"
 #include "platform/runtime.h"
 #include "settings/notifications.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
 namespace {
+
+// The selectors this file sends, each written once.
+const platform::Sel kDescription("description");
+const platform::Sel kLaunchApplicationWithIdentifierSuspended(
+    "launchApplicationWithIdentifier:suspended:");
+const platform::Sel kIcon("icon");
+const platform::Sel kSharedInstance("sharedInstance");
+const platform::Sel kCurrentRootIconList("currentRootIconList");
+const platform::Sel kIcons("icons");
+const platform::Sel kContainsObject("containsObject:");
+const platform::Sel kIsOpen("isOpen");
+const platform::Sel kDisplayNameForLocation("displayNameForLocation:");
+const platform::Sel kDisplayName("displayName");
 
 using platform::Integer;
 using platform::Retained;
@@ -28,7 +41,7 @@ constexpr Integer kHomeScreenLocation = 0;
 
 void folderLog(id folder, const char* reason) {
   systemLog("Kavelin API: -authenticateForOpeningFolder:" +
-            platform::toString(sendIfResponds<id>(folder, Sel("description"))) +
+            platform::toString(sendIfResponds<id>(folder, kDescription)) +
             " - Not authenticating because " + reason);
 }
 
@@ -59,7 +72,7 @@ void launchApplicationWithIdentifier(id bundleIdentifier) {
   id arguments = platform::makeArray(
       {platform::pointerValue(&bundleIdentifier), platform::pointerValue(&suspended)});
   authenticateForIdentifier(bundleIdentifier, application(),
-                            Sel("launchApplicationWithIdentifier:suspended:"), arguments);
+                            kLaunchApplicationWithIdentifierSuspended, arguments);
 }
 
 void authenticateForOpeningFolder(id folder) {
@@ -70,17 +83,17 @@ void authenticateForOpeningFolder(id folder) {
     return;
   }
   // Only a folder on the page the user sees.
-  id icon = sendIfResponds<id>(folder, Sel("icon"));
+  id icon = sendIfResponds<id>(folder, kIcon);
   id iconController =
-      platform::sendClass<id>(platform::classNamed("SBIconController"), Sel("sharedInstance"));
-  id page = sendIfResponds<id>(iconController, Sel("currentRootIconList"));
-  id icons = sendIfResponds<id>(page, Sel("icons"));
-  if (icon == nullptr || sendIfResponds<BOOL>(icons, Sel("containsObject:"), icon) == 0) {
+      platform::sendClass<id>(platform::classNamed("SBIconController"), kSharedInstance);
+  id page = sendIfResponds<id>(iconController, kCurrentRootIconList);
+  id icons = sendIfResponds<id>(page, kIcons);
+  if (icon == nullptr || sendIfResponds<BOOL>(icons, kContainsObject, icon) == 0) {
     folderLog(folder, "folder is not in visible icon list.");
     return;
   }
   // Not one that is open already.
-  if (sendIfResponds<BOOL>(folder, Sel("isOpen")) != 0) {
+  if (sendIfResponds<BOOL>(folder, kIsOpen) != 0) {
     folderLog(folder, "folder is already open.");
     return;
   }
@@ -90,17 +103,16 @@ void authenticateForOpeningFolder(id folder) {
   platform::retainArguments(invocation.get());
   setInvocation(invocation.get());
   // The location is an int until iOS 11, an NSInteger from then on.
-  id name = !platform::respondsTo(icon, Sel("displayNameForLocation:"))
-                ? sendIfResponds<id>(icon, Sel("displayName"))
-            : startup::flags().isIOS11
-                ? send<id>(icon, Sel("displayNameForLocation:"), kHomeScreenLocation)
-                : send<id>(icon, Sel("displayNameForLocation:"), int{kHomeScreenLocation});
+  id name =
+      !platform::respondsTo(icon, kDisplayNameForLocation) ? sendIfResponds<id>(icon, kDisplayName)
+      : base::flags().isIOS11 ? send<id>(icon, kDisplayNameForLocation, kHomeScreenLocation)
+                              : send<id>(icon, kDisplayNameForLocation, int{kHomeScreenLocation});
   setRestrictedTitle(name);
   showAlert();
 }
 
 void lockDeviceFromNotification() {
-  if (startup::role() == startup::Role::kSpringBoard) pressLockButton();
+  if (base::role() == base::Role::kSpringBoard) pressLockButton();
 }
 
 }  // namespace kv::core

@@ -1,10 +1,11 @@
-// The session: whether a successful authentication keeps protected items
-// unlocked until the device is next unlocked.
+// The session flag under its former name, for the files not yet moved to
+// base/session.h, where it now lives.
 #pragma once
+
+#include "base/session.h"
 
 namespace kv::core {
 
-// The process-wide session flag (set on success, cleared on device unlock).
-bool& sessionUnlocked();
+using base::sessionUnlocked;
 
 }  // namespace kv::core

@@ -1,12 +1,12 @@
 // The prompt's texts.
 #include "core/texts.h"
 
+#include "base/flags.h"
 #include "core/device.h"
 #include "platform/foundation.h"
 #include "platform/functions.h"
 #include "settings/bundle.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::core {
 
@@ -17,7 +17,7 @@ constexpr int kAttemptsBeforeCleaningHint = 4;
 std::string blankLines() {
   int lines = 4;
   if (settings::current().showProtectedItemName) ++lines;
-  if (startup::flags().isIOS10OrLater) ++lines;
+  if (base::flags().isIOS10OrLater) ++lines;
   return std::string(static_cast<size_t>(lines), '\n');
 }
 

@@ -1,8 +1,6 @@
 // The Wi-Fi framework's private functions.
 #include "core/wifi.h"
 
-#include <dlfcn.h>
-
 namespace kv::core {
 
 namespace {
@@ -11,10 +9,8 @@ WiFiNetworkCopyPasswordFn gCopyPassword = nullptr;
 }  // namespace
 
 void resolveWiFiFunctions() {
-  gGetProperty =
-      reinterpret_cast<WiFiNetworkGetPropertyFn>(dlsym(RTLD_DEFAULT, "WiFiNetworkGetProperty"));
-  gCopyPassword =
-      reinterpret_cast<WiFiNetworkCopyPasswordFn>(dlsym(RTLD_DEFAULT, "WiFiNetworkCopyPassword"));
+  gGetProperty = platform::symbolNamed<WiFiNetworkGetPropertyFn>("WiFiNetworkGetProperty");
+  gCopyPassword = platform::symbolNamed<WiFiNetworkCopyPasswordFn>("WiFiNetworkCopyPassword");
 }
 
 WiFiNetworkGetPropertyFn wifiNetworkGetProperty() {

@@ -10,6 +10,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdlib>
+#include <string>
 
 #include "platform/objc.h"
 
@@ -148,6 +149,21 @@ inline const char* programName() {
 #else
   return program_invocation_short_name;
 #endif
+}
+
+// The C function exported under `name` by any image loaded in this process,
+// found through the default symbol search and typed as F, or nullptr when no
+// image has it: the platform's private functions may be absent.
+template <typename F>
+F symbolNamed(const char* name) {
+  return reinterpret_cast<F>(dlsym(RTLD_DEFAULT, name));
+}
+
+// The path of the loaded image that holds `address`, or "" when none does.
+inline std::string imagePathOf(const void* address) {
+  Dl_info info{};
+  if (dladdr(address, &info) == 0 || info.dli_fname == nullptr) return std::string();
+  return std::string(info.dli_fname);
 }
 
 // Bridges between Foundation objects and the Core Foundation types that

@@ -78,7 +78,7 @@ InstallStatus installReplacement(const Row& row, Class cls, SEL sel) {
   slots.saved = info.superStub;
 
   // Inherited only: the replacement overrides it in this class alone, and
-  //    the stub keeps following the superclass's method at call time.
+  // the stub keeps following the superclass's method at call time.
   if (class_addMethod(cls, sel, info.replacement, types)) {
     return InstallStatus::kInstalledInherited;
   }

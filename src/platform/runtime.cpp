@@ -23,6 +23,19 @@ Class superclassOf(Class cls) {
   return cls == nullptr ? nullptr : class_getSuperclass(cls);
 }
 
+Class classOf(id obj) {
+  return obj == nullptr ? nullptr : object_getClass(obj);
+}
+
+bool isClassObject(id obj) {
+  Class cls = classOf(obj);
+  return cls != nullptr && class_isMetaClass(cls);
+}
+
+const char* className(Class cls) {
+  return cls == nullptr ? "nil" : class_getName(cls);
+}
+
 SEL selector(const char* name) {
   return sel_registerName(name);
 }

@@ -20,6 +20,17 @@ Class metaclassOf(Class cls);
 // Returns the superclass of `cls`, or nullptr for a root class or nullptr.
 Class superclassOf(Class cls);
 
+// Returns the class of `obj` (the metaclass when `obj` is a class), or
+// nullptr for nil.
+Class classOf(id obj);
+
+// Returns true iff `obj` is a class object (a message to it reaches its
+// class methods).
+bool isClassObject(id obj);
+
+// Returns the name `cls` is registered under, or "nil".
+const char* className(Class cls);
+
 // Returns the interned selector for `name`.
 SEL selector(const char* name);
 

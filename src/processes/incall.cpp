@@ -5,13 +5,13 @@
 
 #include <cstdint>
 
+#include "base/flags.h"
 #include "platform/foundation.h"
 #include "platform/hook.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
 #include "settings/notifications.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::processes {
 
@@ -80,7 +80,7 @@ const char* protectedText(uint64_t state) {
   switch (state) {
     case kAuthenticating: return "--- Authenticating ---";
     case kFailed:
-      return startup::flags().isIOS10OrLater ? "--- Failed ---" : "--- Authentication Failed ---";
+      return base::flags().isIOS10OrLater ? "--- Failed ---" : "--- Authentication Failed ---";
     default: return "--- Kavelined ---";
   }
 }
@@ -92,7 +92,7 @@ bool namesAllowed(uint64_t state) {
 void loadCallerSettings() {
   CallerProtection& p = protection();
   // From iOS 10 SpringBoard's loader publishes the whole answer as a state.
-  if (startup::flags().isIOS10OrLater) {
+  if (base::flags().isIOS10OrLater) {
     uint64_t handling = settings::stateOf(Note::kCallerIdHandling);
     p.enabled = handling != kProtectionOff;
     p.callerNameProtected = handling == kCallerNameProtected;

@@ -3,7 +3,7 @@
 // the product's own pane, and the relock after the Touch ID screen.
 #include <string>
 
-#include "core/hardware.h"
+#include "base/hardware.h"
 #include "platform/blocks.h"
 #include "platform/foundation.h"
 #include "platform/functions.h"
@@ -35,7 +35,7 @@ id alertAction(const char* title, platform::Integer style, id handler) {
 void askForRelockIfNeeded() {
   if (!settings::current().enabled) return;
   if (!relockRequired()) return;
-  if (core::enrolledIdentities() >= 1) settings::post(settings::Note::kLockAfterFiveSeconds);
+  if (base::enrolledIdentities() >= 1) settings::post(settings::Note::kLockAfterFiveSeconds);
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 // owner is asked through SpringBoard, and the answer repeats the navigation.
 #include <string>
 
+#include "base/flags.h"
 #include "platform/foundation.h"
 #include "platform/hook.h"
 #include "platform/runtime.h"
@@ -11,7 +12,6 @@
 #include "processes/settings_selectors.h"
 #include "processes/settings_state.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::processes {
 
@@ -54,7 +54,7 @@ bool holdWiFi(id list, id specifier) {
 // product's own pane always, any other when protection is on and the pane
 // is listed. The Wi-Fi pane is left to the guard of its row.
 bool paneProtected(id controller) {
-  if (startup::flags().isIOS8OrLater && isKind(controller, "APNetworksController")) return false;
+  if (base::flags().isIOS8OrLater && isKind(controller, "APNetworksController")) return false;
   if (!platform::respondsTo(controller, sel::kSpecifier)) return false;
   id specifier = specifierOf(controller);
   if (specifier == nullptr) return false;
@@ -80,7 +80,7 @@ void showControllerFromSpecifier(id self, SEL cmd, id specifier) {
   auto platformPath = [&] {
     Hook<&showControllerFromSpecifier<F>>::original(self, cmd, specifier);
   };
-  const startup::VersionFlags& f = startup::flags();
+  const base::VersionFlags& f = base::flags();
   if (f.isIOS11) {
     if (enrolledIdentities() < 1) return platformPath();
     if (sessionOpen()) return platformPath();
@@ -109,7 +109,7 @@ void showControllerFromSpecifier(id self, SEL cmd, id specifier) {
 
 template <Family F>
 void rootPush(id self, SEL cmd, id controller, BOOL animated) {
-  if (!startup::flags().isPad && !guardState().replaying && paneProtected(controller) &&
+  if (!base::flags().isPad && !guardState().replaying && paneProtected(controller) &&
       protectionInForce()) {
     holdPush(self, controller);
     return;
@@ -124,7 +124,7 @@ void navigationPush(id self, SEL cmd, id controller, BOOL animated) {
     return platformPath();
   }
   if (isKind(controller, "ISInternationalLanguageController")) installLanguageGuard();
-  const startup::VersionFlags& f = startup::flags();
+  const base::VersionFlags& f = base::flags();
   if (f.isIOS8OrLater && isKind(self, "PrefsRootController") &&
       isKind(controller, "APNetworksController")) {
     return platformPath();
@@ -148,7 +148,7 @@ void setViewControllers(id self, SEL cmd, id controllers, BOOL animated) {
     Hook<&setViewControllers<F>>::original(self, cmd, controllers, animated);
   };
   bool inSplitView = platform::sendIfResponds<id>(self, sel::kSplitViewController) != nullptr;
-  if (!(startup::flags().isPad || inSplitView) || guardState().replaying) return platformPath();
+  if (!(base::flags().isPad || inSplitView) || guardState().replaying) return platformPath();
   if (suspended()) return platformPath();
   if (platform::arrayCount(controllers) == 0) return platformPath();
   if (enrolledIdentities() < 1 || sessionOpen()) return platformPath();
@@ -165,7 +165,7 @@ void setViewControllers(id self, SEL cmd, id controllers, BOOL animated) {
 template <Family F>
 id rootPop(id self, SEL cmd, BOOL animated) {
   id popped = Hook<&rootPop<F>>::original(self, cmd, animated);
-  if (!startup::flags().isPad) {
+  if (!base::flags().isPad) {
     id top = platform::send<id>(self, sel::kTopViewController);
     // What the owner changed deeper down shows when the pane comes back.
     if (isKind(top, "KavelinPrefsListController")) {

@@ -2,6 +2,7 @@
 // Settings app comes back, they are closed before anyone sees them.
 #include <vector>
 
+#include "base/flags.h"
 #include "platform/classes.h"
 #include "platform/foundation.h"
 #include "platform/hook.h"
@@ -11,7 +12,6 @@
 #include "processes/settings_selectors.h"
 #include "processes/settings_state.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::processes {
 
@@ -69,7 +69,7 @@ void closePadPane(id root) {
 void closeProtectedPanes(bool signinFirst) {
   id root = rootController();
   if (root == nullptr) return;
-  if (startup::flags().isPad) return closePadPane(root);
+  if (base::flags().isPad) return closePadPane(root);
   // The children are walked as they were: closing changes the list.
   Retained children(platform::send<id>(root, sel::kChildViewControllers));
   for (platform::UInteger i = 0; i < platform::arrayCount(children.get()); ++i) {

@@ -5,11 +5,11 @@
 #include <optional>
 #include <string>
 
+#include "base/flags.h"
 #include "platform/foundation.h"
 #include "platform/runtime.h"
 #include "processes/settings_selectors.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::processes {
 
@@ -116,7 +116,7 @@ bool isKind(id controller, const char* className) {
 }
 
 const char* listControllerClass() {
-  return startup::flags().isIOS9OrLater ? "PSUIPrefsListController" : "PrefsListController";
+  return base::flags().isIOS9OrLater ? "PSUIPrefsListController" : "PrefsListController";
 }
 
 }  // namespace kv::processes

@@ -5,6 +5,7 @@
 #include <unordered_map>
 
 #include "platform/runtime.h"
+#include "prompt/selectors.h"
 
 namespace kv::prompt {
 
@@ -30,7 +31,7 @@ void forgetState(id alert) {
 }
 
 bool passcodeFieldShowing(const AlertViewState& s) {
-  return platform::send<double>(s.passcodeField.get(), platform::Sel("alpha")) > 0;
+  return platform::send<double>(s.passcodeField.get(), sel::kAlpha) > 0;
 }
 
 }  // namespace kv::prompt

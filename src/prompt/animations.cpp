@@ -3,14 +3,14 @@
 
 #include <cmath>
 
-#include "core/hardware.h"
+#include "base/flags.h"
+#include "base/hardware.h"
 #include "platform/blocks.h"
 #include "platform/foundation.h"
 #include "platform/functions.h"
 #include "platform/geometry.h"
 #include "platform/runtime.h"
 #include "prompt/selectors.h"
-#include "startup/flags.h"
 
 namespace kv::prompt {
 
@@ -47,7 +47,7 @@ constexpr GlyphStep kReducedError{3, true, false};
 // the step asks for a plain setState:.
 void apply(id glyph, const GlyphStep& step) {
   if (glyph == nullptr) return;
-  if (step.plainOnIOS11 && startup::flags().isIOS11) {
+  if (step.plainOnIOS11 && base::flags().isIOS11) {
     send<void>(glyph, sel::kSetState, step.state);
   } else {
     send<void>(glyph, sel::kSetStateAnimated, step.state, BOOL{step.animated}, id{nullptr});
@@ -122,7 +122,7 @@ void setGlyphState(const AlertViewState& s, GlyphMethod method) {
   for (const auto& row : kGlyphStates) {
     if (row.method != method) continue;
     apply(s.glyphView.get(),
-          core::faceCameraPresent() ? row.withFaceCamera : row.withoutFaceCamera);
+          base::faceCameraPresent() ? row.withFaceCamera : row.withoutFaceCamera);
     return;
   }
 }

@@ -5,6 +5,7 @@
 #include "platform/foundation.h"
 #include "platform/hook.h"
 #include "platform/runtime.h"
+#include "prompt/selectors.h"
 
 namespace kv::prompt {
 
@@ -13,7 +14,7 @@ namespace {
 constexpr double kPromptTransition = 0.2;
 
 id promptGlyph() {
-  return platform::sendIfResponds<id>(core::state().kavelinAlert.get(), platform::Sel("glyphView"));
+  return platform::sendIfResponds<id>(core::state().kavelinAlert.get(), sel::kGlyphView);
 }
 
 }  // namespace

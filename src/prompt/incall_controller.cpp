@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <optional>
 
+#include "base/flags.h"
+#include "core/biometric_events.h"
 #include "core/device.h"
 #include "core/state.h"
 #include "platform/classes.h"
@@ -14,7 +16,6 @@
 #include "platform/runtime.h"
 #include "settings/notifications.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::prompt {
 
@@ -44,19 +45,6 @@ constexpr uint64_t kMatchFailed = 2;
 constexpr uint64_t kMatchingIdle = 3;
 constexpr uint64_t kNamesAllowed = 4;
 
-// The platform's event codes the controller acts on.
-constexpr long kReset = 0;
-constexpr long kFingerOn = 1;
-constexpr long kPresenceEnded = 2;
-constexpr long kMatch = 3;
-constexpr long kHardStopFirst = 5;
-constexpr long kFaceLockout = 6;
-constexpr long kHardStopLast = 8;
-constexpr long kNoMatch = 9;
-constexpr long kNoMatchOther = 10;
-constexpr long kFaceDetected = 12;
-constexpr long kFaceRetry = 14;
-
 constexpr int kRelockSource = 5;
 constexpr double kFailureGrace = 1.0;  // a failure this soon after a success is the same touch
 constexpr double kFaceRestartDelay = 1.7;
@@ -78,7 +66,7 @@ InCallMatching& matching() {
 }
 
 bool ios11() {
-  return startup::flags().isIOS11;
+  return base::flags().isIOS11;
 }
 
 id monitor() {
@@ -135,24 +123,26 @@ void stopMatching(id self, SEL) {
 // about the caller's name.
 std::optional<uint64_t> stateForEvent(long code, bool face) {
   InCallMatching& m = matching();
-  if (code == kFingerOn || (face && code == kFaceDetected)) return kMatchingUnderway;
-  if (code == kMatch) {
+  if (code == core::kEventFingerOn || (face && code == core::kEventFaceDetected))
+    return kMatchingUnderway;
+  if (code == core::kEventMatch) {
     m.lastSuccess = core::now();
     core::state().namesShownDuringCall = true;
     return kNamesAllowed;
   }
-  if (code == kReset) {
+  if (code == core::kEventReset) {
     // Before iOS 10 the platform switches its matching off after an attempt.
-    if (!startup::flags().isIOS10OrLater) sendIfResponds(monitor(), kSetMatchingEnabled, BOOL{1});
+    if (!base::flags().isIOS10OrLater) sendIfResponds(monitor(), kSetMatchingEnabled, BOOL{1});
     return kMatchingIdle;
   }
-  if ((code >= kHardStopFirst && code <= kHardStopLast) || code == kNoMatch ||
-      code == kNoMatchOther || (face && code == kFaceRetry)) {
+  if ((code >= core::kEventHardStopFirst && code <= core::kEventHardStopLast) ||
+      code == core::kEventNoMatch || code == core::kEventNoMatchOther ||
+      (face && code == core::kEventFaceRetry)) {
     return kMatchFailed;
   }
   // From iOS 10 a lifted finger also ends an attempt; right after a success
   // it is the same touch going away, not a failure.
-  if (code == kPresenceEnded && startup::flags().isIOS10OrLater && m.lastSuccess != 0 &&
+  if (code == core::kEventPresenceEnded && base::flags().isIOS10OrLater && m.lastSuccess != 0 &&
       core::now() - m.lastSuccess > kFailureGrace) {
     return kMatchFailed;
   }
@@ -164,7 +154,7 @@ void handleEvent(id self, long code) {
   if (!m.isMatching) return;
   const bool face = core::faceID();
   // A face that locked the sensor out relocks the lock screen for after the call.
-  if (code == kFaceLockout && face) {
+  if (code == core::kEventLockout && face) {
     sendIfResponds(core::sharedInstanceOf("SBLockScreenManager"), kRelock, kRelockSource, BOOL{1});
   }
   std::optional<uint64_t> published = stateForEvent(code, face);

@@ -3,12 +3,12 @@
 
 #include <string>
 
+#include "base/flags.h"
 #include "platform/foundation.h"
 #include "platform/geometry.h"
 #include "platform/runtime.h"
 #include "prompt/selectors.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::prompt {
 
@@ -43,7 +43,7 @@ id itemName(id identifier) {
   static const Sel kByBundle("applicationWithBundleIdentifier:");
   static const Sel kByDisplay("applicationWithDisplayIdentifier:");
   id controller = sendClass<id>(platform::classNamed("SBApplicationController"), kSharedInstance);
-  const Sel& lookup = startup::flags().isIOS8OrLater ? kByBundle : kByDisplay;
+  const Sel& lookup = base::flags().isIOS8OrLater ? kByBundle : kByDisplay;
   id app =
       platform::respondsTo(controller, lookup) ? send<id>(controller, lookup, identifier) : nullptr;
   id name = send<id>(app, kDisplayName);

@@ -3,15 +3,15 @@
 
 #include <string>
 
+#include "base/flags.h"
+#include "base/hardware.h"
 #include "core/controller.h"
-#include "core/hardware.h"
 #include "platform/foundation.h"
 #include "platform/geometry.h"
 #include "platform/runtime.h"
 #include "prompt/selectors.h"
 #include "settings/bundle.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::prompt {
 
@@ -156,8 +156,8 @@ const Look& lookFor(int iconColor) {
 const Look& chooseLook() {
   // The face camera always shows its glyph: the settings force IconColor 5
   // on such a device, and the hardware decides before they are loaded.
-  if (core::faceCameraPresent()) return lookFor(kFaceCameraLook);
-  if (startup::flags().isIOS11) return lookFor(kSystemGlyphLook);
+  if (base::faceCameraPresent()) return lookFor(kFaceCameraLook);
+  if (base::flags().isIOS11) return lookFor(kSystemGlyphLook);
   return lookFor(settings::current().iconColor);
 }
 

@@ -1,18 +1,18 @@
 // The prompt's passcode field, kept in place while digits are typed.
 #include "prompt/passcode_field_hooks.h"
 
+#include "base/flags.h"
 #include "core/state.h"
 #include "platform/foundation.h"
 #include "platform/geometry.h"
 #include "platform/hook.h"
 #include "platform/runtime.h"
-#include "startup/flags.h"
+#include "prompt/selectors.h"
 
 namespace kv::prompt {
 
 namespace {
 
-using platform::Sel;
 using platform::send;
 using platform::sendIfResponds;
 
@@ -29,24 +29,24 @@ id promptContainer() {
   id controller =
       platform::valueForKeyIfPresent(core::state().kavelinAlert.get(), "alertController");
   id content =
-      platform::valueForKeyIfPresent(sendIfResponds<id>(controller, Sel("view")), "contentView");
-  return sendIfResponds<id>(content, Sel("superview"));
+      platform::valueForKeyIfPresent(sendIfResponds<id>(controller, sel::kView), "contentView");
+  return sendIfResponds<id>(content, sel::kSuperview);
 }
 
 bool isPromptField(id field) {
   id alert = core::state().kavelinAlert.get();
-  return alert != nullptr && field == sendIfResponds<id>(alert, Sel("passcodeField"));
+  return alert != nullptr && field == sendIfResponds<id>(alert, sel::kPasscodeField);
 }
 
 bool hasText(id field) {
-  return platform::toString(sendIfResponds<id>(field, Sel("text"))).size() > 0;
+  return platform::toString(sendIfResponds<id>(field, sel::kText)).size() > 0;
 }
 
 }  // namespace
 
 void passcodeInsertText(id self, SEL cmd, id text) {
   using Original = platform::Hook<&passcodeInsertText>;
-  if (!startup::flags().isIOS8OrLater) {
+  if (!base::flags().isIOS8OrLater) {
     Original::original(self, cmd, text);
     return;
   }
@@ -55,16 +55,16 @@ void passcodeInsertText(id self, SEL cmd, id text) {
   if (own && !hasText(self)) {
     id container = promptContainer();
     gRemembered = container != nullptr;
-    if (gRemembered) gRememberedOriginY = send<CGRect>(container, Sel("frame")).origin.y;
+    if (gRemembered) gRememberedOriginY = send<CGRect>(container, sel::kFrame).origin.y;
   }
   // The platform's typing.
   Original::original(self, cmd, text);
   // Back in place now, and after the platform's own moves.
   if (own && hasText(self)) {
-    send<void>(self, Sel("updateKavelinAlert"));
-    send<void>(self, Sel("performSelector:withObject:afterDelay:"), Sel("updateKavelinAlert"),
+    send<void>(self, sel::kUpdateKavelinAlert);
+    send<void>(self, sel::kPerformSelectorWithObjectAfterDelay, sel::kUpdateKavelinAlert,
                id{nullptr}, kFirstRecheck);
-    send<void>(self, Sel("performSelector:withObject:afterDelay:"), Sel("updateKavelinAlert"),
+    send<void>(self, sel::kPerformSelectorWithObjectAfterDelay, sel::kUpdateKavelinAlert,
                id{nullptr}, kSecondRecheck);
   }
 }
@@ -72,10 +72,10 @@ void passcodeInsertText(id self, SEL cmd, id text) {
 void updateKavelinAlert(id, SEL) {
   id container = promptContainer();
   if (!gRemembered || container == nullptr) return;
-  CGRect frame = send<CGRect>(container, Sel("frame"));
+  CGRect frame = send<CGRect>(container, sel::kFrame);
   if (frame.origin.y == gRememberedOriginY) return;
   frame.origin.y = gRememberedOriginY;
-  send<void>(container, Sel("setFrame:"), frame);
+  send<void>(container, sel::kSetFrame, frame);
 }
 
 }  // namespace kv::prompt

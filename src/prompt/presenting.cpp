@@ -1,5 +1,6 @@
 // Presenting the prompt: the alert goes up, then its content is built into
 // the alert's content container, in the order the steps below are numbered.
+#include "base/flags.h"
 #include "core/controller.h"
 #include "platform/blocks.h"
 #include "platform/foundation.h"
@@ -12,7 +13,6 @@
 #include "prompt/methods.h"
 #include "prompt/selectors.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::prompt {
 
@@ -61,7 +61,7 @@ void addPasscodeField(id self, AlertViewState& s, id container) {
                                 kFieldHeight));
   // A device without biometric hardware starts at passcode entry.
   send<void>(field, sel::kSetAlpha, settings::current().biometricsInUse ? 0.0 : 1.0);
-  if (!startup::flags().isIOS8OrLater && platform::respondsTo(self, kSetupKBWatcher)) {
+  if (!base::flags().isIOS8OrLater && platform::respondsTo(self, kSetupKBWatcher)) {
     send<void>(self, kSetupKBWatcher);
   }
   send<void>(field, kSetDelegate, core::controller());

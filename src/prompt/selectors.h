@@ -10,8 +10,11 @@ using platform::Sel;
 // Objects and classes.
 inline const Sel kAlloc("alloc");
 inline const Sel kInitWithFrame("initWithFrame:");
+inline const Sel kPerformSelectorWithObjectAfterDelay("performSelector:withObject:afterDelay:");
 
 // Views.
+inline const Sel kView("view");
+inline const Sel kText("text");
 inline const Sel kAlpha("alpha");
 inline const Sel kSetAlpha("setAlpha:");
 inline const Sel kFrame("frame");
@@ -25,6 +28,7 @@ inline const Sel kAnimateWithDuration("animateWithDuration:animations:");
 inline const Sel kAnimateWithCompletion("animateWithDuration:animations:completion:");
 
 // The glyph.
+inline const Sel kGlyphView("glyphView");
 inline const Sel kSetState("setState:");
 inline const Sel kSetStateAnimated("setState:animated:completionHandler:");
 
@@ -32,5 +36,7 @@ inline const Sel kSetStateAnimated("setState:animated:completionHandler:");
 inline const Sel kReAddAnimations("reAddAnimations");
 inline const Sel kKillAnimations("killAnimations");
 inline const Sel kHideCircleAndShowPasscodeField("hideCircleAndShowPasscodeField");
+inline const Sel kPasscodeField("passcodeField");
+inline const Sel kUpdateKavelinAlert("updateKavelinAlert");
 
 }  // namespace kv::prompt::sel

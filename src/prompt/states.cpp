@@ -1,7 +1,7 @@
 // The biometric face's states: idle, scanning, error, passcode entry. Passcode
 // entry is terminal: once the field shows, the ring, fingerprint and glyph
 // stay hidden until the prompt is dismissed, so nothing here brings them back.
-#include "core/hardware.h"
+#include "base/hardware.h"
 #include "platform/runtime.h"
 #include "prompt/alert_view.h"
 #include "prompt/animations.h"
@@ -71,7 +71,7 @@ void showError(id self, SEL) {
   // The glyph's error state, then the shake; with the further glyph flag
   // on a face-camera device, state 3 alone.
   if (usesGlyph(s)) {
-    if (core::faceCameraPresent() && furtherGlyphFlag()) {
+    if (base::faceCameraPresent() && furtherGlyphFlag()) {
       setReducedErrorGlyphState(s);
       return;
     }

@@ -1,8 +1,8 @@
 // The prompt's own texts.
 #include "prompt/texts.h"
 
+#include "base/flags.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::prompt {
 
@@ -34,7 +34,7 @@ std::string newlinePadding(bool showProtectedItemName, bool systemOf8To11) {
 }
 
 std::string newlinePadding() {
-  return newlinePadding(settings::current().showProtectedItemName, startup::flags().isIOS8OrLater);
+  return newlinePadding(settings::current().showProtectedItemName, base::flags().isIOS8OrLater);
 }
 
 std::string passcodeBody() {

@@ -1,12 +1,13 @@
 // KavelinUnlockController: a finger unlocks a device that has no passcode.
 #include "prompt/unlock_controller.h"
 
+#include "base/flags.h"
+#include "core/biometric_events.h"
 #include "core/device.h"
 #include "platform/classes.h"
 #include "platform/foundation.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
-#include "startup/flags.h"
 
 namespace kv::prompt {
 
@@ -48,17 +49,17 @@ UnlockMatching& matching() {
 }
 
 bool ios10() {
-  return startup::flags().isIOS10OrLater;
+  return base::flags().isIOS10OrLater;
 }
 
 id monitor() {
   return core::sharedInstanceOf("SBUIBiometricEventMonitor");
 }
 
-// The event that reports a recognised finger on this system, and the unlock
-// source the platform gives such an unlock.
+// The event that reports a recognised finger to this controller on this
+// system, and the unlock source the platform gives such an unlock.
 long matchEvent() {
-  return ios10() ? 1 : 2;
+  return ios10() ? core::kEventFingerOn : core::kEventPresenceEnded;
 }
 int unlockSource() {
   return ios10() ? 4 : 14;
@@ -71,7 +72,7 @@ void startMatching(id self, SEL) {
   if (m.isMatching || !core::biometricsInUse()) return;
   m.isMatching = true;
   platform::AutoreleasePool pool;
-  if (startup::flags().isIOS11) {
+  if (base::flags().isIOS11) {
     id resource = core::sharedInstanceOf("SBUIBiometricResource");
     sendIfResponds(resource, kAddObserver, self);
     m.assertion.reset(sendIfResponds<id>(resource, kAcquireAssertion, kAssertionMode,
@@ -96,7 +97,7 @@ void stopMatching(id self, SEL) {
   UnlockMatching& m = matching();
   if (!m.isMatching) return;
   m.isMatching = false;
-  if (startup::flags().isIOS11) {
+  if (base::flags().isIOS11) {
     sendIfResponds(core::sharedInstanceOf("SBUIBiometricResource"), kRemoveObserver, self);
     sendIfResponds(m.assertion.get(), kInvalidate);
     m.assertion.reset();
@@ -111,7 +112,7 @@ void handleEvent(id self, long code) {
   // A device with a passcode unlocks by the system's own matching.
   if (core::devicePasscodeSet()) return;
   id manager = core::sharedInstanceOf("SBLockScreenManager");
-  if (!startup::flags().isIOS8OrLater) {
+  if (!base::flags().isIOS8OrLater) {
     id lockScreen = sendIfResponds<id>(manager, kLockScreenViewController);
     if (sendIfResponds<BOOL>(lockScreen, kCameraIsVisible) != 0) return;
   }
@@ -119,7 +120,7 @@ void handleEvent(id self, long code) {
   Retained keep(self);
   if (platform::respondsTo(manager, kUnlock)) {
     // The manager's unlock answers a BOOL from iOS 10 on, nothing before.
-    if (startup::flags().isIOS10OrLater) {
+    if (base::flags().isIOS10OrLater) {
       send<BOOL>(manager, kUnlock, unlockSource(), id{nullptr});
     } else {
       send<void>(manager, kUnlock, unlockSource(), id{nullptr});

@@ -8,14 +8,18 @@ namespace kv::settings {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kDefaultManager("defaultManager");
+const platform::Sel kFileExistsAtPath("fileExistsAtPath:");
+const platform::Sel kBundleWithPath("bundleWithPath:");
+const platform::Sel kLocalizedStringForKeyValueTable("localizedStringForKey:value:table:");
+
 constexpr const char* kBootstrapBundle = "/bootstrap/Library/PreferenceBundles/KavelinPrefs.bundle";
 constexpr const char* kLibraryBundle = "/Library/PreferenceBundles/KavelinPrefs.bundle";
 
 bool exists(const char* path) {
-  id manager = platform::sendClass<id>(platform::classNamed("NSFileManager"),
-                                       platform::Sel("defaultManager"));
-  return platform::send<BOOL>(manager, platform::Sel("fileExistsAtPath:"),
-                              platform::makeString(path)) != 0;
+  id manager = platform::sendClass<id>(platform::classNamed("NSFileManager"), kDefaultManager);
+  return platform::send<BOOL>(manager, kFileExistsAtPath, platform::makeString(path)) != 0;
 }
 
 }  // namespace
@@ -25,13 +29,13 @@ std::string bundlePath() {
 }
 
 id bundle() {
-  return platform::sendClass<id>(platform::classNamed("NSBundle"), platform::Sel("bundleWithPath:"),
+  return platform::sendClass<id>(platform::classNamed("NSBundle"), kBundleWithPath,
                                  platform::makeString(bundlePath()));
 }
 
 id localized(const char* key, const char* fallback) {
   id fallbackText = platform::makeString(fallback);
-  id found = platform::send<id>(bundle(), platform::Sel("localizedStringForKey:value:table:"),
+  id found = platform::send<id>(bundle(), kLocalizedStringForKeyValueTable,
                                 platform::makeString(key), fallbackText, id{nullptr});
   return found == nullptr ? fallbackText : found;
 }

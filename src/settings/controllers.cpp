@@ -12,7 +12,19 @@ namespace kv::settings {
 
 namespace {
 
-using platform::Sel;
+// The selectors this file sends, each written once.
+const platform::Sel kInit("init");
+const platform::Sel kAlloc("alloc");
+const platform::Sel kSharedInstance("sharedInstance");
+const platform::Sel kInitWithTitleMessageDelegateCancelButtonTitleOtherButtonTitles(
+    "initWithTitle:message:delegate:cancelButtonTitle:otherButtonTitles:");
+const platform::Sel kAddButtonWithTitle("addButtonWithTitle:");
+const platform::Sel kShow("show");
+const platform::Sel kRelease("release");
+const platform::Sel kPerformSelectorWithObjectAfterDelay("performSelector:withObject:afterDelay:");
+const platform::Sel kUpdateSettings("updateSettings");
+const platform::Sel kKvShowExperimentalAlert("_kv_showExperimentalAlert");
+
 using platform::send;
 
 constexpr const char* kExperimentalTitle = "Kavelin-Experimental";
@@ -29,21 +41,23 @@ struct Singleton {
 Singleton gUpdate{"KavelinPreferenceUpdateController"};
 Singleton gExperimental{"KavelinExperimentalController"};
 
+// The singleton of the class a message reached: sharedInstance is sent to
+// the class, init to an instance.
 Singleton& singletonOf(id self) {
-  Class cls = object_getClass(self);
-  if (class_isMetaClass(cls)) cls = reinterpret_cast<Class>(self);
-  return class_getName(cls) == std::string(gUpdate.className) ? gUpdate : gExperimental;
+  Class cls =
+      platform::isClassObject(self) ? reinterpret_cast<Class>(self) : platform::classOf(self);
+  return platform::className(cls) == std::string(gUpdate.className) ? gUpdate : gExperimental;
 }
 
 id singletonInit(id self, SEL) {
-  self = platform::sendSuper<id>(platform::classNamed("NSObject"), self, Sel("init"));
+  self = platform::sendSuper<id>(platform::classNamed("NSObject"), self, kInit);
   singletonOf(self).shared = self;
   return self;
 }
 
 id singletonShared(id cls, SEL) {
   Singleton& s = singletonOf(cls);
-  if (s.shared == nullptr) send<id>(send<id>(cls, Sel("alloc")), Sel("init"));
+  if (s.shared == nullptr) send<id>(send<id>(cls, kAlloc), kInit);
   return s.shared;
 }
 
@@ -52,7 +66,7 @@ void updateSettings(id, SEL) {
 }
 
 id shared(Singleton& s) {
-  return platform::sendClass<id>(platform::classNamed(s.className), Sel("sharedInstance"));
+  return platform::sendClass<id>(platform::classNamed(s.className), kSharedInstance);
 }
 
 // The experimental alert: "Never show again" (index 0) turns it off.
@@ -62,41 +76,42 @@ void experimentalClicked(id, SEL, id, platform::Integer index) {
 
 void showExperimentalAlert(id self, SEL) {
   id alert =
-      send<id>(platform::sendClass<id>(platform::classNamed("UIAlertView"), Sel("alloc")),
-               Sel("initWithTitle:message:delegate:cancelButtonTitle:otherButtonTitles:"),
+      send<id>(platform::sendClass<id>(platform::classNamed("UIAlertView"), kAlloc),
+               kInitWithTitleMessageDelegateCancelButtonTitleOtherButtonTitles,
                platform::makeString(kExperimentalTitle), platform::makeString(kExperimentalMessage),
                self, platform::makeString("Never show again"), id{nullptr});
   // The other button is added, not listed: a list of titles is passed as
   // variadic arguments, which a typed send cannot do on every architecture.
-  send<platform::Integer>(alert, Sel("addButtonWithTitle:"), platform::makeString("Okay"));
-  send<void>(alert, Sel("show"));
-  send<void>(alert, Sel("release"));
+  send<platform::Integer>(alert, kAddButtonWithTitle, platform::makeString("Okay"));
+  send<void>(alert, kShow);
+  send<void>(alert, kRelease);
 }
 
 }  // namespace
 
 void defineSettingsControllers() {
+  using platform::classMethod;
+  using platform::method;
   platform::defineClass(gUpdate.className, "NSObject",
                         {
-                            {"sharedInstance", platform::impOf(singletonShared), "@@:", true},
-                            {"init", platform::impOf(singletonInit), "@@:"},
-                            {"updateSettings", platform::impOf(updateSettings), "v@:"},
+                            classMethod("sharedInstance", singletonShared),
+                            method("init", singletonInit),
+                            method("updateSettings", updateSettings),
                         });
-  platform::defineClass(
-      gExperimental.className, "NSObject",
-      {
-          {"sharedInstance", platform::impOf(singletonShared), "@@:", true},
-          {"init", platform::impOf(singletonInit), "@@:"},
-          {"alertView:clickedButtonAtIndex:", platform::impOf(experimentalClicked), "v@:@q"},
-          {"_kv_showExperimentalAlert", platform::impOf(showExperimentalAlert), "v@:"},
-      });
+  platform::defineClass(gExperimental.className, "NSObject",
+                        {
+                            classMethod("sharedInstance", singletonShared),
+                            method("init", singletonInit),
+                            method("alertView:clickedButtonAtIndex:", experimentalClicked),
+                            method("_kv_showExperimentalAlert", showExperimentalAlert),
+                        });
 }
 
 void settingsChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                      CFDictionaryRef) {
   load();
-  send<void>(shared(gUpdate), Sel("performSelector:withObject:afterDelay:"), Sel("updateSettings"),
-             id{nullptr}, 0.5);
+  send<void>(shared(gUpdate), kPerformSelectorWithObjectAfterDelay, kUpdateSettings, id{nullptr},
+             0.5);
 }
 
 void experimentalAlertDisabled(CFNotificationCenterRef, void*, CFNotificationName, const void*,
@@ -107,8 +122,8 @@ void experimentalAlertDisabled(CFNotificationCenterRef, void*, CFNotificationNam
 void showExperimentalAlertIfNeeded(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                                    CFDictionaryRef) {
   if (!current().shouldShowExperimentalAlert) return;
-  send<void>(shared(gExperimental), Sel("performSelector:withObject:afterDelay:"),
-             Sel("_kv_showExperimentalAlert"), id{nullptr}, 0.3);
+  send<void>(shared(gExperimental), kPerformSelectorWithObjectAfterDelay, kKvShowExperimentalAlert,
+             id{nullptr}, 0.3);
 }
 
 }  // namespace kv::settings

@@ -1,9 +1,8 @@
 // Device feedback: haptic and vibration.
 #include "settings/feedback.h"
 
-#include <dlfcn.h>
-
 #include "platform/foundation.h"
+#include "platform/functions.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
 #include "settings/notifications.h"
@@ -13,17 +12,18 @@ namespace kv::settings {
 
 namespace {
 
-using platform::Sel;
+// The selectors this file sends, each written once.
+const platform::Sel kDictionary("dictionary");
+const platform::Sel kSetObjectForKey("setObject:forKey:");
 
 using FigVibratorInitializeFn = void (*)();
 using FigVibratorPlayFn = void (*)(CFDictionaryRef pattern, int, int);
 
 // The sample pattern: half a second, on for 0.4, off for 0.1.
 id vibrationPattern() {
-  id pattern =
-      platform::sendClass<id>(platform::classNamed("NSMutableDictionary"), Sel("dictionary"));
+  id pattern = platform::sendClass<id>(platform::classNamed("NSMutableDictionary"), kDictionary);
   auto put = [pattern](const char* key, id value) {
-    platform::send<void>(pattern, Sel("setObject:forKey:"), value, platform::makeString(key));
+    platform::send<void>(pattern, kSetObjectForKey, value, platform::makeString(key));
   };
   put("TotalDuration", platform::makeReal(0.5));
   put("OnDuration", platform::makeReal(0.4));
@@ -62,12 +62,10 @@ void vibrationChanged(CFNotificationCenterRef, void*, CFNotificationName, const 
                       CFDictionaryRef) {
   load();
   if (!current().vibrateOnError) return;
-  auto initialize =
-      reinterpret_cast<FigVibratorInitializeFn>(dlsym(RTLD_DEFAULT, "FigVibratorInitialize"));
+  auto initialize = platform::symbolNamed<FigVibratorInitializeFn>("FigVibratorInitialize");
   if (initialize == nullptr) return;
   initialize();
-  auto play = reinterpret_cast<FigVibratorPlayFn>(
-      dlsym(RTLD_DEFAULT, "FigVibratorPlayVibrationWithDictionary"));
+  auto play = platform::symbolNamed<FigVibratorPlayFn>("FigVibratorPlayVibrationWithDictionary");
   if (play == nullptr) return;
   platform::AutoreleasePool pool;
   play(reinterpret_cast<CFDictionaryRef>(vibrationPattern()), 0, 0);

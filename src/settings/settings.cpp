@@ -4,21 +4,25 @@
 
 #include <algorithm>
 
-#include "core/hardware.h"
-#include "core/session.h"
+#include "base/flags.h"
+#include "base/hardware.h"
+#include "base/session.h"
 #include "platform/foundation.h"
 #include "platform/functions.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
 #include "settings/notifications.h"
-#include "startup/flags.h"
 
 namespace kv::settings {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kBoolValue("boolValue");
+const platform::Sel kIntValue("intValue");
+const platform::Sel kStringValue("stringValue");
+
 using platform::Retained;
-using platform::Sel;
 
 Settings& snapshot() {
   static Settings s;
@@ -61,7 +65,7 @@ std::optional<bool> readBool(const char* key) {
     return std::nullopt;
   }
   if (!v) return std::nullopt;
-  return platform::send<BOOL>(v.get(), Sel("boolValue")) != 0;
+  return platform::send<BOOL>(v.get(), kBoolValue) != 0;
 }
 std::optional<int> readInt(const char* key) {
   Retained v = copyValue(key);
@@ -72,7 +76,7 @@ std::optional<int> readInt(const char* key) {
     return std::nullopt;
   }
   if (!v) return std::nullopt;
-  return platform::send<int>(v.get(), Sel("intValue"));
+  return platform::send<int>(v.get(), kIntValue);
 }
 std::optional<std::string> readString(const char* key) {
   Retained v = copyValue(key);
@@ -84,7 +88,7 @@ std::optional<std::string> readString(const char* key) {
         whole && platform::realOf(v.get()) == static_cast<double>(*whole)) {
       return std::to_string(*whole);
     }
-    return platform::toString(platform::send<id>(v.get(), Sel("stringValue")));
+    return platform::toString(platform::send<id>(v.get(), kStringValue));
   }
   logRepair(key, "is neither text nor a number; ignored");
   return std::nullopt;
@@ -178,7 +182,7 @@ const Settings& current() {
 
 void load() {
   Settings& s = snapshot();
-  const startup::VersionFlags& f = startup::flags();
+  const base::VersionFlags& f = base::flags();
   {
     platform::AutoreleasePool pool;
     CFPreferencesAppSynchronize(platform::cf(domainName()));
@@ -190,13 +194,13 @@ void load() {
   s.passcode = readString("passcode");
   s.shouldShowExperimentalAlert = readBool("shouldShowExperimentalAlert").value_or(true);
   s.onlyPasscode = s.onlyPasscode && s.passcode.has_value();
-  if (s.passcode && core::enrolledIdentities() == 0) s.onlyPasscode = true;
+  if (s.passcode && base::enrolledIdentities() == 0) s.onlyPasscode = true;
 
   // The master switch; the caller's name can be protected only where a
   // sensor can unlock it during a call.
   s.enabled = readBool("Enabled").value_or(true);
   s.callerNameProtected = readBool("callerNameProtected").value_or(false) &&
-                          core::biometricHardwareInUse(s.onlyPasscode) && f.isIOS8OrLater;
+                          base::biometricHardwareInUse(s.onlyPasscode) && f.isIOS8OrLater;
   if (f.isIOS10OrLater) {
     publish(Note::kCallerIdHandling, !s.enabled ? 0 : s.callerNameProtected ? 2 : 1);
   }
@@ -205,17 +209,17 @@ void load() {
   // The glyph colour; the face camera decides when none is stored.
   if (auto color = readInt("IconColor")) {
     s.iconColor = *color;
-  } else if (core::faceCameraPresent()) {
+  } else if (base::faceCameraPresent()) {
     s.iconColor = 5;
   }
-  s.iconColorFlag = core::faceCameraPresent() || s.iconColor > 2;
+  s.iconColorFlag = base::faceCameraPresent() || s.iconColor > 2;
 
   // The flags, the haptic level between them, then the hardware test.
   readFlags(s, std::begin(kFlagsBeforeHaptic), std::end(kFlagsBeforeHaptic));
   s.haptic = readInt("haptic").value_or(2);
   readFlags(s, std::begin(kFlagsAfterHaptic), std::end(kFlagsAfterHaptic));
   s.unlockUsingTouchID = s.unlockUsingTouchID && !f.isIOS11;
-  s.biometricsInUse = core::biometricHardwareInUse(s.onlyPasscode);
+  s.biometricsInUse = base::biometricHardwareInUse(s.onlyPasscode);
   s.protectSiri = readBool("protectSiri").value_or(false);
 
   // The lists, and the camera's photo state with them; notifications are
@@ -230,8 +234,8 @@ void load() {
   if (f.isIOS11) s.protectedNotifications.clear();
 
   // The grace period follows the session while sessions are kept.
-  if (startup::role() == startup::Role::kSpringBoard) {
-    publish(Note::kGracePeriod, s.keepSession && core::sessionUnlocked() ? 1 : 0);
+  if (base::role() == base::Role::kSpringBoard) {
+    publish(Note::kGracePeriod, s.keepSession && base::sessionUnlocked() ? 1 : 0);
   }
 
   // Without biometrics, a stored passcode is what "identities" means.

@@ -6,13 +6,13 @@
 #include <string>
 #include <vector>
 
+#include "base/flags.h"
 #include "core/policy.h"
 #include "platform/hook.h"
 #include "platform/invocation.h"
 #include "platform/runtime.h"
 #include "settings/settings.h"
 #include "springboard/gate.h"
-#include "startup/flags.h"
 
 namespace kv::springboard {
 
@@ -45,8 +45,7 @@ bool inProtectedFolders(id name) {
 // The icon's name on the home screen (location 0); the argument is an int
 // before iOS 11.
 id nameOnHomeScreen(id icon) {
-  if (startup::flags().isIOS11)
-    return platform::send<id>(icon, kDisplayNameForLocation, Integer{0});
+  if (base::flags().isIOS11) return platform::send<id>(icon, kDisplayNameForLocation, Integer{0});
   return platform::send<id>(icon, kDisplayNameForLocation, int{0});
 }
 
@@ -86,7 +85,7 @@ bool holdFolderLaunch(id icon, const Retained& call) {
 // The icon the force press is on: the one of the icon view the icon
 // controller keeps for it (iOS 10 and later).
 id pressedIcon() {
-  if (!startup::flags().isIOS10OrLater) return nullptr;
+  if (!base::flags().isIOS10OrLater) return nullptr;
   id icons = platform::sendClass<id>(platform::classNamed("SBIconController"), kSharedInstance);
   return sendIfResponds<id>(platform::valueForKeyIfPresent(icons, kForceTouchIconView), kIcon);
 }

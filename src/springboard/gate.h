@@ -53,6 +53,7 @@ struct LaunchState {
   bool staleOpenFolder = false;  // the home screen came back with a folder open
   bool folderLaunch = false;     // a launch the open folder let through is on its way
   bool lockScreenMatch = false;  // the lock screen saw a match since the last screen change
+  bool homeScreenShowing = false;  // the last screen change showed the home screen
 };
 LaunchState& launchState();
 

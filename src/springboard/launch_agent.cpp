@@ -1,21 +1,33 @@
 // Launches SpringBoard's user agent performs for the system.
 #include "springboard/launch_agent.h"
 
+#include "base/flags.h"
 #include "core/coordinator.h"
 #include "core/device.h"
 #include "platform/hook.h"
 #include "platform/invocation.h"
 #include "platform/runtime.h"
 #include "springboard/gate.h"
-#include "startup/flags.h"
 
 namespace kv::springboard {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kSharedInstance("sharedInstance");
+const platform::Sel kScreenIsOn("screenIsOn");
+const platform::Sel kScreenIsOff("screenIsOff");
+const platform::Sel kLockHardwareButton("lockHardwareButton");
+const platform::Sel kButtonActions("buttonActions");
+const platform::Sel kPerformSinglePressAction("performSinglePressAction");
+const platform::Sel kLockButtonDownWithEvent("_lockButtonDown:fromSource:");
+const platform::Sel kLockButtonUpWithEvent("_lockButtonUp:fromSource:");
+const platform::Sel kLockButtonDownFromSource("_lockButtonDownFromSource:");
+const platform::Sel kLockButtonUpFromSource("_lockButtonUpFromSource:");
+const platform::Sel kSection("section");
+
 using platform::Integer;
 using platform::Retained;
-using platform::Sel;
 using platform::send;
 using platform::sendIfResponds;
 
@@ -23,29 +35,29 @@ constexpr Integer kWakeSource = 3;
 
 bool screenOff() {
   Class backlight = platform::classNamed("SBBacklightController");
-  id controller = platform::sendClass<id>(backlight, Sel("sharedInstance"));
-  if (platform::instancesRespondTo(backlight, Sel("screenIsOn")))
-    return send<BOOL>(controller, Sel("screenIsOn")) == 0;
-  return sendIfResponds<BOOL>(controller, Sel("screenIsOff")) != 0;
+  id controller = platform::sendClass<id>(backlight, kSharedInstance);
+  if (platform::instancesRespondTo(backlight, kScreenIsOn))
+    return send<BOOL>(controller, kScreenIsOn) == 0;
+  return sendIfResponds<BOOL>(controller, kScreenIsOff) != 0;
 }
 
 // One press of the lock button wakes the screen, so that the prompt is seen.
 void wakeScreen() {
   id app = core::application();
-  if (startup::flags().isIOS10OrLater && platform::respondsTo(app, Sel("lockHardwareButton"))) {
-    id actions = sendIfResponds<id>(send<id>(app, Sel("lockHardwareButton")), Sel("buttonActions"));
-    sendIfResponds(actions, Sel("performSinglePressAction"));
-  } else if (platform::respondsTo(app, Sel("_lockButtonDown:fromSource:"))) {
-    send<void>(app, Sel("_lockButtonDown:fromSource:"), id{nullptr}, kWakeSource);
-    sendIfResponds(app, Sel("_lockButtonUp:fromSource:"), id{nullptr}, kWakeSource);
+  if (base::flags().isIOS10OrLater && platform::respondsTo(app, kLockHardwareButton)) {
+    id actions = sendIfResponds<id>(send<id>(app, kLockHardwareButton), kButtonActions);
+    sendIfResponds(actions, kPerformSinglePressAction);
+  } else if (platform::respondsTo(app, kLockButtonDownWithEvent)) {
+    send<void>(app, kLockButtonDownWithEvent, id{nullptr}, kWakeSource);
+    sendIfResponds(app, kLockButtonUpWithEvent, id{nullptr}, kWakeSource);
   } else {
-    sendIfResponds(app, Sel("_lockButtonDownFromSource:"), kWakeSource);
-    sendIfResponds(app, Sel("_lockButtonUpFromSource:"), kWakeSource);
+    sendIfResponds(app, kLockButtonDownFromSource, kWakeSource);
+    sendIfResponds(app, kLockButtonUpFromSource, kWakeSource);
   }
 }
 
 id bulletinSection(id bulletin) {
-  return sendIfResponds<id>(bulletin, Sel("section"));
+  return sendIfResponds<id>(bulletin, kSection);
 }
 
 // A bulletin's launch: its arguments kept, its app named.

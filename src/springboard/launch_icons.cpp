@@ -4,21 +4,28 @@
 #include <optional>
 #include <utility>
 
+#include "base/flags.h"
 #include "core/policy.h"
 #include "platform/hook.h"
 #include "platform/invocation.h"
 #include "platform/runtime.h"
 #include "settings/settings.h"
 #include "springboard/gate.h"
-#include "startup/flags.h"
 
 namespace kv::springboard {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kSharedInstance("sharedInstance");
+const platform::Sel kCloseFolderAnimatedWithCompletion("closeFolderAnimated:withCompletion:");
+const platform::Sel kCloseFolderAnimated("closeFolderAnimated:");
+const platform::Sel kDisplayIdentifier("displayIdentifier");
+const platform::Sel kBundleIdentifier("bundleIdentifier");
+const platform::Sel kApplicationBundleID("applicationBundleID");
+
 using platform::Integer;
 using platform::Retained;
-using platform::Sel;
 using platform::sendIfResponds;
 
 // An app launched from inside an open folder that was itself authenticated
@@ -50,21 +57,20 @@ void closeProtectedFolderAfterLaunch() {
   if (!s.closeProtectedFoldersAfterLaunchingApp || s.protectedFolders.empty()) return;
   id folder = openFolder();
   if (!core::folderNameProtected(folder)) return;
-  id icons =
-      platform::sendClass<id>(platform::classNamed("SBIconController"), Sel("sharedInstance"));
-  if (platform::respondsTo(icons, Sel("closeFolderAnimated:withCompletion:"))) {
-    platform::send<void>(icons, Sel("closeFolderAnimated:withCompletion:"), BOOL{0}, id{nullptr});
+  id icons = platform::sendClass<id>(platform::classNamed("SBIconController"), kSharedInstance);
+  if (platform::respondsTo(icons, kCloseFolderAnimatedWithCompletion)) {
+    platform::send<void>(icons, kCloseFolderAnimatedWithCompletion, BOOL{0}, id{nullptr});
   } else {
-    sendIfResponds(icons, Sel("closeFolderAnimated:"), BOOL{0});
+    sendIfResponds(icons, kCloseFolderAnimated, BOOL{0});
   }
 }
 
 // The identifier an activation names: the display identifier where the app
 // has one that is protected, else its bundle identifier.
 id activatedIdentifier(id application) {
-  id display = sendIfResponds<id>(application, Sel("displayIdentifier"));
+  id display = sendIfResponds<id>(application, kDisplayIdentifier);
   if (display != nullptr && isProtectedApp(display)) return display;
-  return sendIfResponds<id>(application, Sel("bundleIdentifier"));
+  return sendIfResponds<id>(application, kBundleIdentifier);
 }
 
 bool guards(id identifier) {
@@ -75,7 +81,7 @@ bool guards(id identifier) {
 
 BOOL iconLaunchWithContext(id self, SEL cmd, id icon, Integer location, id context, id settings,
                            id actions) {
-  id identifier = sendIfResponds<id>(icon, Sel("applicationBundleID"));
+  id identifier = sendIfResponds<id>(icon, kApplicationBundleID);
   std::optional<FolderLaunch> throughFolder;
   if (guards(identifier)) {
     if (folderPass()) {
@@ -93,7 +99,7 @@ BOOL iconLaunchWithContext(id self, SEL cmd, id icon, Integer location, id conte
 }
 
 BOOL iconLaunch(id self, SEL cmd, id icon, int location) {
-  id identifier = sendIfResponds<id>(icon, Sel("applicationBundleID"));
+  id identifier = sendIfResponds<id>(icon, kApplicationBundleID);
   std::optional<FolderLaunch> throughFolder;
   if (guards(identifier)) {
     if (folderPass()) {
@@ -127,9 +133,8 @@ void activateAnimated(id self, SEL cmd, id application) {
 }
 
 void activate(id self, SEL cmd, id application) {
-  id identifier =
-      sendIfResponds<id>(application, startup::flags().isIOS10OrLater ? Sel("bundleIdentifier")
-                                                                      : Sel("displayIdentifier"));
+  id identifier = sendIfResponds<id>(
+      application, base::flags().isIOS10OrLater ? kBundleIdentifier : kDisplayIdentifier);
   if (guards(identifier)) {
     Retained call = platform::invocationOf(self, cmd, application);
     if (holdBack(call.get(), identifier)) return;

@@ -11,9 +11,17 @@ namespace kv::springboard {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kPlistRepresentation("plistRepresentation");
+const platform::Sel kBundleIdentifier("bundleIdentifier");
+const platform::Sel kApplication("application");
+const platform::Sel kDisplayIdentifier("displayIdentifier");
+const platform::Sel kNextDisplayItem("nextDisplayItem");
+const platform::Sel kSharedController("sharedController");
+const platform::Sel kDeviceHasPasscodeSet("deviceHasPasscodeSet");
+
 using platform::Integer;
 using platform::Retained;
-using platform::Sel;
 using platform::send;
 using platform::sendIfResponds;
 
@@ -39,7 +47,7 @@ bool holdBackCall(bool keep, id title, id self, SEL cmd, A... args) {
 
 // The display identifier of the last item of a display layout.
 id layoutIdentifier(id layout) {
-  id plist = sendIfResponds<id>(layout, Sel("plistRepresentation"));
+  id plist = sendIfResponds<id>(layout, kPlistRepresentation);
   id items = platform::objectForKey(plist, "SBDisplayLayoutDisplayItemsPlistKey");
   platform::UInteger count = platform::arrayCount(items);
   if (count == 0) return nullptr;
@@ -50,14 +58,13 @@ id layoutIdentifier(id layout) {
 // The application argument of the switcher: an app, or its identifier.
 id applicationIdentifier(id application) {
   if (platform::isKindOf(application, "NSString")) return application;
-  return sendIfResponds<id>(application, Sel("bundleIdentifier"));
+  return sendIfResponds<id>(application, kBundleIdentifier);
 }
 
 }  // namespace
 
 void shortcutActivate(id self, SEL cmd, id contentView, id item, Integer index) {
-  id identifier =
-      sendIfResponds<id>(sendIfResponds<id>(self, Sel("application")), Sel("bundleIdentifier"));
+  id identifier = sendIfResponds<id>(sendIfResponds<id>(self, kApplication), kBundleIdentifier);
   if (guards(identifier) && holdBackCall(false, identifier, self, cmd, contentView, item, index))
     return;
   platform::Hook<&shortcutActivate>::original(self, cmd, contentView, item, index);
@@ -88,7 +95,7 @@ void switcherActivateApplication(id self, SEL cmd, id switcher, id application) 
 }
 
 void switcherSelectedItem(id self, SEL cmd, id contentController, id item) {
-  id identifier = sendIfResponds<id>(item, Sel("displayIdentifier"));
+  id identifier = sendIfResponds<id>(item, kDisplayIdentifier);
   if (switcherGuards(identifier) &&
       holdBackCall(true, identifier, self, cmd, contentController, item))
     return;
@@ -99,8 +106,8 @@ void switcherSelectedItem(id self, SEL cmd, id contentController, id item) {
 // transaction's own. Both flags are stored, so that the replay goes where
 // the gesture went; no transition request now.
 id forcePressTransition(id self, SEL cmd, BOOL commitment, BOOL toNextDisplayItem) {
-  id next = toNextDisplayItem != 0 ? sendIfResponds<id>(self, Sel("nextDisplayItem")) : nullptr;
-  id identifier = sendIfResponds<id>(next, Sel("displayIdentifier"));
+  id next = toNextDisplayItem != 0 ? sendIfResponds<id>(self, kNextDisplayItem) : nullptr;
+  id identifier = sendIfResponds<id>(next, kDisplayIdentifier);
   if (guards(identifier) &&
       holdBackCall(false, identifier, self, cmd, commitment, toNextDisplayItem))
     return nullptr;
@@ -110,9 +117,9 @@ id forcePressTransition(id self, SEL cmd, BOOL commitment, BOOL toNextDisplayIte
 // Without a device passcode the lock-screen camera would open the photo
 // library on a locked device.
 void lockScreenImageWell(id self, SEL cmd, id sender) {
-  id lock = platform::sendClass<id>(platform::classNamed("SBDeviceLockController"),
-                                    Sel("sharedController"));
-  bool noPasscode = sendIfResponds<BOOL>(lock, Sel("deviceHasPasscodeSet")) == 0;
+  id lock =
+      platform::sendClass<id>(platform::classNamed("SBDeviceLockController"), kSharedController);
+  bool noPasscode = sendIfResponds<BOOL>(lock, kDeviceHasPasscodeSet) == 0;
   platform::AutoreleasePool pool;
   id photos = platform::makeString(kPhotos);
   if (noPasscode && guards(photos) && holdBackCall(true, photos, self, cmd, sender)) return;

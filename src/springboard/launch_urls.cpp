@@ -16,8 +16,13 @@ namespace kv::springboard {
 
 namespace {
 
+// The selectors this file sends, each written once.
+const platform::Sel kScheme("scheme");
+const platform::Sel kDisplayIDForURLSchemeIsPublic("displayIDForURLScheme:isPublic:");
+const platform::Sel kBundleIdentifier("bundleIdentifier");
+const platform::Sel kIsEqual("isEqual:");
+
 using platform::Retained;
-using platform::Sel;
 using platform::send;
 using platform::sendIfResponds;
 
@@ -40,13 +45,13 @@ struct UrlTargets {
 
 UrlTargets targetsOf(id springBoard, id url, id display) {
   UrlTargets t;
-  id scheme = sendIfResponds<id>(url, Sel("scheme"));
-  if (platform::respondsTo(springBoard, Sel("displayIDForURLScheme:isPublic:"))) {
-    t.a = send<id>(springBoard, Sel("displayIDForURLScheme:isPublic:"), scheme, BOOL{0});
-    t.b = send<id>(springBoard, Sel("displayIDForURLScheme:isPublic:"), scheme, BOOL{1});
+  id scheme = sendIfResponds<id>(url, kScheme);
+  if (platform::respondsTo(springBoard, kDisplayIDForURLSchemeIsPublic)) {
+    t.a = send<id>(springBoard, kDisplayIDForURLSchemeIsPublic, scheme, BOOL{0});
+    t.b = send<id>(springBoard, kDisplayIDForURLSchemeIsPublic, scheme, BOOL{1});
   }
   t.c = platform::isKindOf(display, "SBApplication")
-            ? sendIfResponds<id>(display, Sel("bundleIdentifier"))
+            ? sendIfResponds<id>(display, kBundleIdentifier)
             : platform::makeString(kNone);
   return t;
 }
@@ -54,7 +59,7 @@ UrlTargets targetsOf(id springBoard, id url, id display) {
 // A repeated open of the URL that is waiting for authentication is dropped.
 bool repeatsWaitingUrl(id url) {
   id waiting = core::state().pendingURL.get();
-  return waiting != nullptr && url != nullptr && send<BOOL>(waiting, Sel("isEqual:"), url) != 0;
+  return waiting != nullptr && url != nullptr && send<BOOL>(waiting, kIsEqual, url) != 0;
 }
 
 // While the URL open the user authenticated is replayed, the app it opens

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "base/flags.h"
 #include "core/device.h"
 #include "core/state.h"
 #include "platform/foundation.h"
@@ -10,11 +11,26 @@
 #include "platform/invocation.h"
 #include "platform/runtime.h"
 #include "springboard/gate.h"
-#include "startup/flags.h"
 
 namespace kv::springboard {
 
 namespace {
+
+// The selectors this file sends, each written once.
+const platform::Sel kBoolValue("boolValue");
+const platform::Sel kEventLabel("eventLabel");
+const platform::Sel kActivatingApps("activatingApps");
+const platform::Sel kBundleIdentifier("bundleIdentifier");
+const platform::Sel kToApplicationSceneEntities("toApplicationSceneEntities");
+const platform::Sel kAllObjects("allObjects");
+const platform::Sel kApplication("application");
+const platform::Sel kIsEqual("isEqual:");
+const platform::Sel kSharedInstance("sharedInstance");
+const platform::Sel kApplicationWithBundleIdentifier("applicationWithBundleIdentifier:");
+const platform::Sel kOptions("options");
+const platform::Sel kDictionary("dictionary");
+const platform::Sel kRelease("release");
+const platform::Sel kIntValue("intValue");
 
 using platform::Retained;
 using platform::Sel;
@@ -26,8 +42,8 @@ constexpr double kApprovedUrlPass = 2.0;
 
 // Requests that are judged elsewhere, or bring nothing to the front.
 bool unguardedOrigin(id options) {
-  if (sendIfResponds<BOOL>(platform::objectForKey(options, "__ActivateSuspended"),
-                           Sel("boolValue")) != 0) {
+  if (sendIfResponds<BOOL>(platform::objectForKey(options, "__ActivateSuspended"), kBoolValue) !=
+      0) {
     return true;
   }
   std::string origin = platform::toString(platform::objectForKey(options, "__LaunchOrigin"));
@@ -36,28 +52,27 @@ bool unguardedOrigin(id options) {
 }
 
 bool labelActivates(id request) {
-  if (!platform::respondsTo(request, Sel("eventLabel"))) return false;
-  std::string label = platform::toString(send<id>(request, Sel("eventLabel")));
+  if (!platform::respondsTo(request, kEventLabel)) return false;
+  std::string label = platform::toString(send<id>(request, kEventLabel));
   return label.find("OpenApplication") != std::string::npos ||
          label.find("ActivateApplication") != std::string::npos ||
-         (startup::flags().isIOS11 &&
+         (base::flags().isIOS11 &&
           label.find("DismissSwitcherNoninteractive") != std::string::npos);
 }
 
 // The first protected app the request brings up: among its activating apps,
 // else among the applications of its scene entities.
 id protectedCandidate(id request) {
-  id apps = sendIfResponds<id>(request, Sel("activatingApps"));
+  id apps = sendIfResponds<id>(request, kActivatingApps);
   for (platform::UInteger i = 0; i < platform::arrayCount(apps); ++i) {
-    id identifier = sendIfResponds<id>(platform::arrayObjectAt(apps, i), Sel("bundleIdentifier"));
+    id identifier = sendIfResponds<id>(platform::arrayObjectAt(apps, i), kBundleIdentifier);
     if (isProtectedApp(identifier)) return identifier;
   }
-  id entities = sendIfResponds<id>(request, Sel("toApplicationSceneEntities"));
-  if (platform::respondsTo(entities, Sel("allObjects")))
-    entities = send<id>(entities, Sel("allObjects"));
+  id entities = sendIfResponds<id>(request, kToApplicationSceneEntities);
+  if (platform::respondsTo(entities, kAllObjects)) entities = send<id>(entities, kAllObjects);
   for (platform::UInteger i = 0; i < platform::arrayCount(entities); ++i) {
-    id app = sendIfResponds<id>(platform::arrayObjectAt(entities, i), Sel("application"));
-    id identifier = sendIfResponds<id>(app, Sel("bundleIdentifier"));
+    id app = sendIfResponds<id>(platform::arrayObjectAt(entities, i), kApplication);
+    id identifier = sendIfResponds<id>(app, kBundleIdentifier);
     if (isProtectedApp(identifier)) return identifier;
   }
   return nullptr;
@@ -72,7 +87,7 @@ bool spendApprovedUrlPass(id identifier) {
   LaunchState& launch = launchState();
   bool within = core::now() - c.lastAuthenticationTime < kApprovedUrlPass;
   if (!within || !launch.approvedUrlTarget ||
-      send<BOOL>(launch.approvedUrlTarget.get(), Sel("isEqual:"), identifier) == 0) {
+      send<BOOL>(launch.approvedUrlTarget.get(), kIsEqual, identifier) == 0) {
     return false;
   }
   c.lastAuthenticationTime = 0;
@@ -82,11 +97,11 @@ bool spendApprovedUrlPass(id identifier) {
 
 // The UI controller's activation of `identifier`, as a call to hold back.
 Retained activation(id identifier) {
-  id ui = platform::sendClass<id>(platform::classNamed("SBUIController"), Sel("sharedInstance"));
-  id apps = platform::sendClass<id>(platform::classNamed("SBApplicationController"),
-                                    Sel("sharedInstance"));
-  id app = sendIfResponds<id>(apps, Sel("applicationWithBundleIdentifier:"), identifier);
-  const startup::VersionFlags& f = startup::flags();
+  id ui = platform::sendClass<id>(platform::classNamed("SBUIController"), kSharedInstance);
+  id apps =
+      platform::sendClass<id>(platform::classNamed("SBApplicationController"), kSharedInstance);
+  id app = sendIfResponds<id>(apps, kApplicationWithBundleIdentifier, identifier);
+  const base::VersionFlags& f = base::flags();
   Sel selector(f.isIOS11         ? "_activateApplicationFromAccessibility:"
                : f.isIOS9OrLater ? "activateApplication:"
                                  : "activateApplicationAnimated:");
@@ -97,8 +112,8 @@ Retained activation(id identifier) {
 
 void systemServiceOpenRequest(id self, SEL cmd, id service, id request, id completion) {
   using Original = platform::Hook<&systemServiceOpenRequest>;
-  id identifier = sendIfResponds<id>(request, Sel("bundleIdentifier"));
-  id options = sendIfResponds<id>(sendIfResponds<id>(request, Sel("options")), Sel("dictionary"));
+  id identifier = sendIfResponds<id>(request, kBundleIdentifier);
+  id options = sendIfResponds<id>(sendIfResponds<id>(request, kOptions), kDictionary);
   if (!unguardedOrigin(options) && isProtectedApp(identifier) && gatePasses()) {
     Retained call = platform::invocationOf(self, cmd, service, request, completion);
     platform::retainArguments(call.get());
@@ -132,13 +147,13 @@ BOOL setCurrentTransaction(id self, SEL cmd, id request, id fallbackProvider) {
 
 id appToAppInit(id self, SEL cmd, id alertManager, id from, id to, id result) {
   using Original = platform::Hook<&appToAppInit>;
-  id identifier = sendIfResponds<id>(to, Sel("bundleIdentifier"));
+  id identifier = sendIfResponds<id>(to, kBundleIdentifier);
   // The authenticated URL's pass is spent here, and the gate still decides.
   spendApprovedUrlPass(identifier);
   if (isProtectedApp(identifier) && gatePasses()) {
     Retained call = activation(identifier);
     if (holdBack(call.get(), identifier)) {
-      send<void>(self, Sel("release"));  // no transaction after all
+      send<void>(self, kRelease);  // no transaction after all
       return nullptr;
     }
   }
@@ -149,8 +164,7 @@ void workspaceOpenRequest(id self, SEL cmd, id workspace, id bundleIdentifier, i
                           id origin, id result) {
   using Original = platform::Hook<&workspaceOpenRequest>;
   id suspended = platform::objectForKey(options, "__ActivateSuspended");
-  bool guardedRequest =
-      suspended != nullptr && sendIfResponds<int>(suspended, Sel("intValue")) != 1;
+  bool guardedRequest = suspended != nullptr && sendIfResponds<int>(suspended, kIntValue) != 1;
   if (guardedRequest && isProtectedApp(bundleIdentifier) && gatePasses()) {
     Retained copies[] = {keptCopy(workspace), keptCopy(bundleIdentifier), keptCopy(options),
                          keptCopy(origin), keptCopy(result)};

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "base/flags.h"
 #include "core/coordinator.h"
 #include "core/device.h"
 #include "core/policy.h"
@@ -20,7 +21,6 @@
 #include "settings/settings.h"
 #include "springboard/gate.h"
 #include "springboard/system_actions.h"
-#include "startup/flags.h"
 
 namespace kv::springboard {
 
@@ -122,7 +122,7 @@ bool canAuthenticate() {
 }
 
 bool holdingBack() {
-  return startup::flags().isIOS10OrLater && core::uiLocked() && !state().reInserting &&
+  return base::flags().isIOS10OrLater && core::uiLocked() && !state().reInserting &&
          canAuthenticate();
 }
 

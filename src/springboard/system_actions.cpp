@@ -8,7 +8,6 @@
 #include "platform/runtime.h"
 #include "settings/settings.h"
 #include "springboard/gate.h"
-#include "startup/springboard_observers.h"
 
 namespace kv::springboard {
 
@@ -55,8 +54,8 @@ bool simLockEntryShowing() {
 // Editing starts from the home screen only: a controller already editing,
 // or editing ending, changes nothing worth guarding.
 bool editingGuarded(id controller, BOOL editing) {
-  return editing && !sendIfResponds<BOOL>(controller, kIsEditing) && startup::homeScreenShowing() &&
-         settings::current().protectMovingApps && gatePasses();
+  return editing && !sendIfResponds<BOOL>(controller, kIsEditing) &&
+         launchState().homeScreenShowing && settings::current().protectMovingApps && gatePasses();
 }
 
 // The icon behind a close box: the argument is the icon view, or the icon.

@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "base/flags.h"
 #include "core/device.h"
 #include "core/state.h"
 #include "platform/functions.h"
@@ -13,7 +14,6 @@
 #include "platform/runtime.h"
 #include "settings/settings.h"
 #include "springboard/gate.h"
-#include "startup/flags.h"
 
 namespace kv::springboard {
 
@@ -89,7 +89,7 @@ id application() {
 // SpringBoard's own power-down of this system, the call the power-down
 // screen's request leads to.
 Retained springBoardPowerDownCall() {
-  if (startup::flags().isIOS10OrLater) {
+  if (base::flags().isIOS10OrLater) {
     return platform::invocationOf(application(), kPowerDownRequested, id{nullptr});
   }
   return platform::invocationOf(application(), kPowerDownNow);
@@ -98,7 +98,7 @@ Retained springBoardPowerDownCall() {
 // The prompt shows over the dimmed power-down screen: full brightness
 // while it is up, the user's level kept to be given back on cancel.
 void brightenForPrompt() {
-  if (!startup::flags().isIOS10OrLater) return;
+  if (!base::flags().isIOS10OrLater) return;
   platform::AutoreleasePool pool;
   Retained level = Retained::adopt(platform::ns(
       CFPreferencesCopyAppValue(platform::cf(platform::makeString("SBBacklightLevel2")),
@@ -197,7 +197,7 @@ void restartWithRequest(id self, SEL cmd, id request) {
     // iOS 11 restarts through FrontBoard's service; earlier the request
     // itself is kept.
     Retained call =
-        startup::flags().isIOS11
+        base::flags().isIOS11
             ? platform::invocationOf(
                   platform::sendClass<id>(platform::classNamed("FBSystemService"), kSharedInstance),
                   kExitAndRelaunch, BOOL{1})

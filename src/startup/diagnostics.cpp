@@ -1,7 +1,6 @@
 // Exception logging and the line writer.
 #include "startup/diagnostics.h"
 
-#include <dlfcn.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -70,14 +69,8 @@ thread_local bool tHandling = false;
 
 // The path of the image this library was loaded from.
 const std::string& ownImagePath() {
-  static const std::string path = [] {
-    Dl_info info{};
-    if (dladdr(reinterpret_cast<const void*>(&exceptionInit), &info) == 0 ||
-        info.dli_fname == nullptr) {
-      return std::string();
-    }
-    return std::string(info.dli_fname);
-  }();
+  static const std::string path =
+      platform::imagePathOf(reinterpret_cast<const void*>(&exceptionInit));
   return path;
 }
 

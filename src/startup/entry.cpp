@@ -6,10 +6,11 @@
 
 #include <string>
 
+#include "base/flags.h"
+#include "base/hardware.h"
 #include "core/camera_request.h"
 #include "core/controller.h"
 #include "core/file_channel.h"
-#include "core/hardware.h"
 #include "core/identities.h"
 #include "core/wifi.h"
 #include "platform/foundation.h"
@@ -26,7 +27,6 @@
 #include "settings/settings.h"
 #include "springboard/blur_view.h"
 #include "springboard/integrations.h"
-#include "startup/flags.h"
 #include "startup/springboard_observers.h"
 #include "startup/table.h"
 
@@ -34,30 +34,38 @@ namespace kv::startup {
 
 namespace {
 
-using platform::Sel;
+// The selectors this file sends, each written once.
+const platform::Sel kProcessInfo("processInfo");
+const platform::Sel kProcessName("processName");
+const platform::Sel kMainBundle("mainBundle");
+const platform::Sel kBundleIdentifier("bundleIdentifier");
+const platform::Sel kDefaultManager("defaultManager");
+const platform::Sel kFileExistsAtPath("fileExistsAtPath:");
+const platform::Sel kCurrentDevice("currentDevice");
+const platform::Sel kUserInterfaceIdiom("userInterfaceIdiom");
+
 using settings::Note;
 using settings::observe;
 using settings::registerToken;
 
 std::string processName() {
-  id info = platform::sendClass<id>(platform::classNamed("NSProcessInfo"), Sel("processInfo"));
-  return platform::toString(platform::send<id>(info, Sel("processName")));
+  id info = platform::sendClass<id>(platform::classNamed("NSProcessInfo"), kProcessInfo);
+  return platform::toString(platform::send<id>(info, kProcessName));
 }
 
 std::string bundleIdentifier() {
-  id bundle = platform::sendClass<id>(platform::classNamed("NSBundle"), Sel("mainBundle"));
-  return platform::toString(platform::send<id>(bundle, Sel("bundleIdentifier")));
+  id bundle = platform::sendClass<id>(platform::classNamed("NSBundle"), kMainBundle);
+  return platform::toString(platform::send<id>(bundle, kBundleIdentifier));
 }
 
 bool fileExists(const char* path) {
-  id manager =
-      platform::sendClass<id>(platform::classNamed("NSFileManager"), Sel("defaultManager"));
-  return platform::send<BOOL>(manager, Sel("fileExistsAtPath:"), platform::makeString(path)) != 0;
+  id manager = platform::sendClass<id>(platform::classNamed("NSFileManager"), kDefaultManager);
+  return platform::send<BOOL>(manager, kFileExistsAtPath, platform::makeString(path)) != 0;
 }
 
 void inCallSection() {
-  setRole(Role::kInCall);
-  computeFlag(VersionFlag::kIOS10OrLater);
+  base::setRole(base::Role::kInCall);
+  base::computeFlag(base::VersionFlag::kIOS10OrLater);
   installGroup(Group::kInCall);
   registerToken(Note::kCallerIdHandling);
   processes::loadCallerSettings();
@@ -68,10 +76,10 @@ void inCallSection() {
 }
 
 void settingsSection() {
-  setRole(Role::kSettings);
-  for (VersionFlag f : {VersionFlag::kIOS10OrLater, VersionFlag::kIOS92OrLater,
-                        VersionFlag::kIOS9OrLater, VersionFlag::kIOS8OrLater}) {
-    computeFlag(f);
+  base::setRole(base::Role::kSettings);
+  for (base::VersionFlag f : {base::VersionFlag::kIOS10OrLater, base::VersionFlag::kIOS92OrLater,
+                              base::VersionFlag::kIOS9OrLater, base::VersionFlag::kIOS8OrLater}) {
+    base::computeFlag(f);
   }
   processes::defineSettingsClasses();
   installGroup(Group::kSettings);
@@ -79,37 +87,37 @@ void settingsSection() {
   settings::defineSettingsControllers();
   observe(Note::kPrefsChanged, settings::settingsChanged);
   settings::load();
-  id device = platform::sendClass<id>(platform::classNamed("UIDevice"), Sel("currentDevice"));
-  flags().isPad = platform::send<platform::Integer>(device, Sel("userInterfaceIdiom")) == 1;
+  id device = platform::sendClass<id>(platform::classNamed("UIDevice"), kCurrentDevice);
+  base::flags().isPad = platform::send<platform::Integer>(device, kUserInterfaceIdiom) == 1;
 }
 
 void cameraSection() {
-  setRole(Role::kCamera);
+  base::setRole(base::Role::kCamera);
   installGroup(Group::kCamera);
   observe(Note::kAllowedInCamPhotos, processes::cameraPhotosAllowed);
   observe(Note::kAllowedInCamPhotos9, processes::cameraPhotosAllowed9);
-  if (flags().isIOS11) {
+  if (base::flags().isIOS11) {
     registerToken(Note::kInCameraPhotosProtection);
     observe(Note::kAllowedInCamPhotos11, processes::cameraPhotosAllowed11);
   }
 }
 
 void springBoardSection() {
-  setRole(Role::kSpringBoard);
+  base::setRole(base::Role::kSpringBoard);
   core::resolveWiFiFunctions();
   // Classes that load after the library get their rows as they appear.
   _dyld_register_func_for_add_image(installLateGroups);
-  computeFlag(VersionFlag::kIOS10OrLater);
-  computeFlag(VersionFlag::kIOS102OrLater);
-  if (flags().isIOS10OrLater) {
+  base::computeFlag(base::VersionFlag::kIOS10OrLater);
+  base::computeFlag(base::VersionFlag::kIOS102OrLater);
+  if (base::flags().isIOS10OrLater) {
     registerToken(Note::kCallerIdHandling);
     installGroup(Group::kSpringBoardIOS10);
   }
-  if (flags().isIOS11) installGroup(Group::kSpringBoardIOS11);
-  computeFlag(VersionFlag::kIOS92OrLater);
-  computeFlag(VersionFlag::kIOS8OrLater);
-  computeFlag(VersionFlag::kIOS9OrLater);
-  if (flags().isIOS8OrLater) installGroup(Group::kSpringBoardIOS8);
+  if (base::flags().isIOS11) installGroup(Group::kSpringBoardIOS11);
+  base::computeFlag(base::VersionFlag::kIOS92OrLater);
+  base::computeFlag(base::VersionFlag::kIOS8OrLater);
+  base::computeFlag(base::VersionFlag::kIOS9OrLater);
+  if (base::flags().isIOS8OrLater) installGroup(Group::kSpringBoardIOS8);
   core::defineKavelinController();
   prompt::defineAlertView();
   prompt::defineInCallController();
@@ -117,14 +125,14 @@ void springBoardSection() {
   springboard::defineBlurView();
   settings::defineSettingsControllers();
   installGroup(Group::kSpringBoard);
-  settings::setBiometricsInUse(core::biometricHardwareInUse(settings::current().onlyPasscode));
+  settings::setBiometricsInUse(base::biometricHardwareInUse(settings::current().onlyPasscode));
   observe(Note::kLockAfterFiveSeconds, core::lockAfterFiveSeconds);
   observe(Note::kLockDeviceNow, lockDeviceNow);
   observe(Note::kDisableExperimentalAlert, settings::experimentalAlertDisabled);
   observe(Note::kShowExperimentalAlertIfNeeded, settings::showExperimentalAlertIfNeeded);
   observe(Note::kTestGlyph, testGlyph);
   registerToken(Note::kTestGlyph);
-  if (flags().isIOS8OrLater) {
+  if (base::flags().isIOS8OrLater) {
     observe(Note::kLockState, lockStateChanged);
     registerToken(Note::kLockState);
     registerToken(Note::kAllowInCallNames);
@@ -142,11 +150,11 @@ void springBoardSection() {
     installGroup(Group::kPellum);
   }
   if (fileExists("/Library/MobileSubstrate/DynamicLibraries/Tamsin7.dylib") &&
-      flags().isIOS8OrLater) {
+      base::flags().isIOS8OrLater) {
     observe(Note::kAllowInCallNames, springboard::tamsinNamesChanged);
   }
-  if (flags().isIOS92OrLater) observe(Note::kFinishedStartup, startupFinished);
-  if (flags().isIOS11) {
+  if (base::flags().isIOS92OrLater) observe(Note::kFinishedStartup, startupFinished);
+  if (base::flags().isIOS11) {
     observe(Note::kEnrollmentChanged, core::enrollmentChanged);
     registerToken(Note::kInCameraPhotosProtection);
     observe(Note::kCameraAsksForPhotos, core::cameraAsksForPhotos);
@@ -156,7 +164,7 @@ void springBoardSection() {
 __attribute__((constructor)) void kavelinLoad() {
   platform::AutoreleasePool pool;
   installGroup(Group::kAllProcesses);
-  computeFlag(VersionFlag::kIOS11);
+  base::computeFlag(base::VersionFlag::kIOS11);
   std::string name = processName();
   if (name == "InCallService") inCallSection();
   if (name == "Preferences") settingsSection();

@@ -1,51 +1,19 @@
-// The process-wide facts start-up settles once: the version flags and the
-// process role. Every version-dependent choice reads these.
+// The version flags and the process role under their former names, for the
+// files not yet moved to base/flags.h, where they now live.
 #pragma once
+
+#include "base/flags.h"
 
 namespace kv::startup {
 
-// Version flags: substring tests on the platform's version string, false
-// until the section of start-up that sets them has run.
-struct VersionFlags {
-  bool isIOS8OrLater = false;
-  bool isIOS9OrLater = false;
-  bool isIOS92OrLater = false;
-  bool isIOS10OrLater = false;
-  bool isIOS102OrLater = false;
-  bool isIOS11 = false;
-  bool isPad = false;  // set in the Settings app only
-};
-
-// The flags of this process.
-VersionFlags& flags();
-
-// Which flag to compute.
-enum class VersionFlag {
-  kIOS11,
-  kIOS10OrLater,
-  kIOS102OrLater,
-  kIOS92OrLater,
-  kIOS9OrLater,
-  kIOS8OrLater
-};
-
-// Computes one flag from NSProcessInfo's operatingSystemVersionString, read
-// afresh for each substring test, the alternatives tried in order.
-void computeFlag(VersionFlag flag);
-
-// SpringBoard's own start-up facts.
-struct SpringBoardFlags {
-  bool identitiesPresent = false;
-  bool devicePasscodeSet = false;
-  bool startupFinished = false;  // "com.apple.springboard.finishedstartup" was seen
-};
-SpringBoardFlags& springBoardFlags();
-
-// The host process, as start-up recognises it.
-enum class Role { kOther, kInCall, kSettings, kCamera, kSpringBoard };
-
-// The role of this process (kOther until start-up has decided).
-Role role();
-void setRole(Role role);
+using base::computeFlag;
+using base::flags;
+using base::Role;
+using base::role;
+using base::setRole;
+using base::springBoardFlags;
+using base::SpringBoardFlags;
+using base::VersionFlag;
+using base::VersionFlags;
 
 }  // namespace kv::startup

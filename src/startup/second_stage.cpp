@@ -3,6 +3,7 @@
 
 #include <spawn.h>
 
+#include "base/flags.h"
 #include "core/controller.h"
 #include "core/device.h"
 #include "core/messages.h"
@@ -14,13 +15,18 @@
 #include "platform/runtime.h"
 #include "settings/notifications.h"
 #include "settings/settings.h"
-#include "startup/flags.h"
 
 namespace kv::startup {
 
 namespace {
 
-using platform::Sel;
+// The selectors this file sends, each written once.
+const platform::Sel kCenterNamed("centerNamed:");
+const platform::Sel kRunServerOnCurrentThread("runServerOnCurrentThread");
+const platform::Sel kRegisterForMessageNameTargetSelector(
+    "registerForMessageName:target:selector:");
+const platform::Sel kHandleMessageNamedUserInfo("handleMessageNamed:userInfo:");
+
 using platform::send;
 using platform::sendClass;
 
@@ -29,13 +35,13 @@ bool gCenterCreated = false;
 // The messaging centre, with every message name aimed at the controller.
 void createMessagingCenter() {
   platform::AutoreleasePool pool;
-  id center = sendClass<id>(platform::classNamed("CPDistributedMessagingCenter"),
-                            Sel("centerNamed:"), platform::makeString(core::kCenterName));
-  send<void>(center, Sel("runServerOnCurrentThread"));
+  id center = sendClass<id>(platform::classNamed("CPDistributedMessagingCenter"), kCenterNamed,
+                            platform::makeString(core::kCenterName));
+  send<void>(center, kRunServerOnCurrentThread);
   id target = core::controller();
   for (const char* name : core::messageNames()) {
-    send<void>(center, Sel("registerForMessageName:target:selector:"), platform::makeString(name),
-               target, Sel("handleMessageNamed:userInfo:"));
+    send<void>(center, kRegisterForMessageNameTargetSelector, platform::makeString(name), target,
+               kHandleMessageNamedUserInfo);
   }
 }
 
@@ -60,7 +66,7 @@ id uiControllerInit(id self, SEL cmd) {
     createMessagingCenter();
     restartMediaServer();
   }
-  SpringBoardFlags& sb = springBoardFlags();
+  base::SpringBoardFlags& sb = base::springBoardFlags();
   sb.devicePasscodeSet = core::devicePasscodeSet();
   settings::load();
   // Whether someone can authenticate is judged on the settings just loaded:

@@ -1,20 +1,24 @@
 // Handlers of the platform notifications SpringBoard observes from start-up.
 #include "startup/springboard_observers.h"
 
+#include "base/flags.h"
 #include "core/controller.h"
 #include "core/state.h"
 #include "platform/foundation.h"
 #include "platform/runtime.h"
 #include "settings/notifications.h"
 #include "springboard/gate.h"
-#include "startup/flags.h"
 
 namespace kv::startup {
 
 namespace {
+
+// The selectors this file sends, each written once.
+const platform::Sel kLockDeviceFromNotification("lockDeviceFromNotification");
+const platform::Sel kGlyphView("glyphView");
+const platform::Sel kSetStateAnimatedCompletionHandler("setState:animated:completionHandler:");
 // The screen-changed state of SpringBoard's own home screen.
 constexpr uint64_t kHomeScreen = 2;
-bool gHomeScreenShowing = false;
 }  // namespace
 
 void lockStateChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
@@ -33,29 +37,24 @@ void screenChanged(CFNotificationCenterRef, void*, CFNotificationName, const voi
   if (state == kHomeScreen && springboard::openFolder() != nullptr) {
     springboard::launchState().staleOpenFolder = true;
   }
-  gHomeScreenShowing = state == kHomeScreen;
+  springboard::launchState().homeScreenShowing = state == kHomeScreen;
 }
 
 void startupFinished(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                      CFDictionaryRef) {
-  springBoardFlags().startupFinished = true;
+  base::springBoardFlags().startupFinished = true;
 }
 
 void lockDeviceNow(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                    CFDictionaryRef) {
-  platform::send<void>(core::controller(), platform::Sel("lockDeviceFromNotification"));
+  platform::send<void>(core::controller(), kLockDeviceFromNotification);
 }
 
 void testGlyph(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef) {
-  id glyph =
-      platform::sendIfResponds<id>(core::state().kavelinAlert.get(), platform::Sel("glyphView"));
+  id glyph = platform::sendIfResponds<id>(core::state().kavelinAlert.get(), kGlyphView);
   auto glyphState = static_cast<platform::Integer>(settings::stateOf(settings::Note::kTestGlyph));
-  platform::sendIfResponds(glyph, platform::Sel("setState:animated:completionHandler:"), glyphState,
-                           BOOL{1}, id{nullptr});
-}
-
-bool homeScreenShowing() {
-  return gHomeScreenShowing;
+  platform::sendIfResponds(glyph, kSetStateAnimatedCompletionHandler, glyphState, BOOL{1},
+                           id{nullptr});
 }
 
 }  // namespace kv::startup

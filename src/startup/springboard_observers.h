@@ -5,7 +5,10 @@
 
 namespace kv::startup {
 
-// "com.apple.springboard.lockstate": the state is read, nothing more.
+// "com.apple.springboard.lockstate": the state is read, nothing more. The
+// observer keeps SpringBoard's token for the notification registered and
+// current; no decision rests on it, since every question about the lock is
+// put to the lock screen itself.
 void lockStateChanged(CFNotificationCenterRef, void*, CFNotificationName, const void*,
                       CFDictionaryRef);
 
@@ -25,8 +28,5 @@ void lockDeviceNow(CFNotificationCenterRef, void*, CFNotificationName, const voi
 
 // "testglyph": the prompt's glyph takes the notification's state, animated.
 void testGlyph(CFNotificationCenterRef, void*, CFNotificationName, const void*, CFDictionaryRef);
-
-// True iff the last screen change showed the home screen.
-bool homeScreenShowing();
 
 }  // namespace kv::startup

@@ -1,13 +1,17 @@
 // The biometric hardware of the device.
-#include "core/hardware.h"
+#include "base/hardware.h"
 
 #include "platform/foundation.h"
 #include "platform/functions.h"
 #include "platform/runtime.h"
 
-namespace kv::core {
+namespace kv::base {
 
 namespace {
+
+// The selectors this file sends, each written once.
+const platform::Sel kManager("manager");
+const platform::Sel kIdentities("identities:");
 
 bool servicePresent(const char* name) {
   io_service_t service = IOServiceGetMatchingService(kIOMasterPortDefault, IOServiceMatching(name));
@@ -25,9 +29,8 @@ bool faceCameraPresent() {
 
 unsigned long enrolledIdentities() {
   platform::AutoreleasePool pool;
-  id kit = platform::sendClass<id>(platform::classNamed("BiometricKit"), platform::Sel("manager"));
-  return platform::arrayCount(
-      platform::sendIfResponds<id>(kit, platform::Sel("identities:"), id{nullptr}));
+  id kit = platform::sendClass<id>(platform::classNamed("BiometricKit"), kManager);
+  return platform::arrayCount(platform::sendIfResponds<id>(kit, kIdentities, id{nullptr}));
 }
 
 bool biometricHardwareInUse(bool onlyPasscode) {
@@ -35,4 +38,4 @@ bool biometricHardwareInUse(bool onlyPasscode) {
   return servicePresent("AppleMesa") || servicePresent("AppleH10PearlCam");
 }
 
-}  // namespace kv::core
+}  // namespace kv::base

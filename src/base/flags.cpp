@@ -1,12 +1,12 @@
 // The process-wide facts start-up settles once.
-#include "startup/flags.h"
+#include "base/flags.h"
 
 #include <initializer_list>
 
 #include "platform/foundation.h"
 #include "platform/runtime.h"
 
-namespace kv::startup {
+namespace kv::base {
 
 namespace {
 
@@ -79,4 +79,4 @@ void setRole(Role role) {
   gRole = role;
 }
 
-}  // namespace kv::startup
+}  // namespace kv::base

@@ -1,11 +1,11 @@
 // The session flag.
-#include "core/session.h"
+#include "base/session.h"
 
-namespace kv::core {
+namespace kv::base {
 
 bool& sessionUnlocked() {
   static bool unlocked = false;
   return unlocked;
 }
 
-}  // namespace kv::core
+}  // namespace kv::base
