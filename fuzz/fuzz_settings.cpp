@@ -28,7 +28,7 @@
 #include "sim/host/classes.h"
 #include "sim/host/fs_redirect.h"
 #include "sim/host/profile.h"
-#include "startup/flags.h"
+#include "base/flags.h"
 
 namespace {
 
@@ -126,7 +126,7 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   kv::sim::host::Profile p;
   p.ioServices = {"AppleMesa"};
   kv::sim::host::setProfile(p);
-  kv::startup::flags().isIOS8OrLater = true;
+  kv::base::flags().isIOS8OrLater = true;
   return 0;
 }
 
@@ -135,10 +135,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   kv::platform::AutoreleasePool pool;
   gIdentities = in.ConsumeIntegralInRange<int>(0, 2);
   bool ios11 = in.ConsumeBool();
-  kv::startup::flags().isIOS10OrLater = ios11 || in.ConsumeBool();
-  kv::startup::flags().isIOS11 = ios11;
-  kv::startup::setRole(in.ConsumeBool() ? kv::startup::Role::kSpringBoard
-                                        : kv::startup::Role::kSettings);
+  kv::base::flags().isIOS10OrLater = ios11 || in.ConsumeBool();
+  kv::base::flags().isIOS11 = ios11;
+  kv::base::setRole(in.ConsumeBool() ? kv::base::Role::kSpringBoard
+                                        : kv::base::Role::kSettings);
   auto format = in.ConsumeBool() ? kv::sim::PlistFormat::kXml : kv::sim::PlistFormat::kBinary;
   Value::Dictionary domain = kv::fuzz::fuzzedDictionary(in, kKeys, kStrings, 12);
   if (!kv::sim::writePlistFile(kFile, Value::dictionary(std::move(domain)), format)) return 0;
@@ -152,7 +152,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   check(!(s.passcode && gIdentities == 0) || s.onlyPasscode);
   check(s.effectiveHaptic() == (s.hapticSetting ? s.haptic : 0));
   if (ios11) check(s.protectedNotifications.empty() && !s.unlockUsingTouchID);
-  if (kv::startup::flags().isIOS10OrLater && !s.enabled) {
+  if (kv::base::flags().isIOS10OrLater && !s.enabled) {
     check(kv::settings::stateOf(kv::settings::Note::kCallerIdHandling) == 0);
   }
   for (const ListKey& list : kLists) {

@@ -20,7 +20,7 @@
 #include "sim/host/fs_redirect.h"
 #include "sim/host/profile.h"
 #include "sim/host/run_loop.h"
-#include "startup/flags.h"
+#include "base/flags.h"
 
 namespace kv::fuzz {
 
@@ -54,13 +54,13 @@ void startSpringBoard(const char* version) {
   if (!sim::host::installVirtualTime().empty()) std::abort();
   sim::host::setNowNanos(kStart);
   sim::frameworks::defineFrameworks();
-  using startup::VersionFlag;
+  using base::VersionFlag;
   for (VersionFlag f : {VersionFlag::kIOS11, VersionFlag::kIOS10OrLater,
                         VersionFlag::kIOS102OrLater, VersionFlag::kIOS92OrLater,
                         VersionFlag::kIOS9OrLater, VersionFlag::kIOS8OrLater}) {
-    startup::computeFlag(f);
+    base::computeFlag(f);
   }
-  startup::setRole(startup::Role::kSpringBoard);
+  base::setRole(base::Role::kSpringBoard);
   core::defineKavelinController();
   prompt::defineAlertView();
   storePrefs({});

@@ -3,11 +3,12 @@
 
 #include <algorithm>
 
+#include "base/flags.h"
+#include "base/hardware.h"
+#include "base/session.h"
 #include "core/coordinator.h"
 #include "core/device.h"
-#include "core/hardware.h"
 #include "core/policy.h"
-#include "core/session.h"
 #include "core/state.h"
 #include "platform/foundation.h"
 #include "platform/geometry.h"
@@ -17,7 +18,6 @@
 #include "settings/notifications.h"
 #include "settings/settings.h"
 #include "springboard/gate.h"
-#include "startup/flags.h"
 
 namespace kv::springboard {
 
@@ -88,7 +88,7 @@ LockState& lockState() {
 }
 
 bool ios10() {
-  return startup::flags().isIOS10OrLater;
+  return base::flags().isIOS10OrLater;
 }
 
 id springBoardApp() {
@@ -192,7 +192,7 @@ bool lockScreenCameraWaiting() {
 // The product needs the biometric match: an unlock by it must not happen.
 bool productNeedsMatch() {
   if (lockScreenCameraWaiting()) return true;
-  if (startup::flags().isIOS8OrLater) return core::promptVisible();
+  if (base::flags().isIOS8OrLater) return core::promptVisible();
   id lockScreen =
       sendIfResponds<id>(core::sharedInstanceOf("SBLockScreenManager"), kLockScreenViewController);
   if (platform::respondsTo(lockScreen, kCameraIsVisible) &&
@@ -204,7 +204,7 @@ bool productNeedsMatch() {
 
 // Every device unlock starts a new session.
 void endSession() {
-  core::sessionUnlocked() = false;
+  base::sessionUnlocked() = false;
   settings::publish(settings::Note::kGracePeriod, 0);
 }
 
@@ -213,8 +213,8 @@ void startUnlockMatcherIfDue(id lockScreenManager) {
   if (!core::biometricsInUse()) return;
   const settings::Settings& s = settings::current();
   bool mayStart =
-      core::state().biometricDelegate || (ios10() && startup::springBoardFlags().startupFinished);
-  if (s.unlockUsingTouchID && !core::devicePasscodeSet() && !core::faceCameraPresent() &&
+      core::state().biometricDelegate || (ios10() && base::springBoardFlags().startupFinished);
+  if (s.unlockUsingTouchID && !core::devicePasscodeSet() && !base::faceCameraPresent() &&
       s.enabled && sendIfResponds<BOOL>(lockScreenManager, kIsUILocked) != 0 && mayStart) {
     sendIfResponds(unlockController(kSharedInstance), kStartMatching);
   }
@@ -341,7 +341,7 @@ void unlockUIOld(id self, SEL cmd, int source, id options) {
 }
 
 void slideUpFinalizeGesture(id self, SEL cmd) {
-  if (!startup::flags().isIOS8OrLater) {
+  if (!base::flags().isIOS8OrLater) {
     platform::Hook<&slideUpFinalizeGesture>::original(self, cmd);
     return;
   }

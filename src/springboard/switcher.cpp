@@ -5,6 +5,7 @@
 #include <cstring>
 #include <memory>
 
+#include "base/flags.h"
 #include "core/coordinator.h"
 #include "core/device.h"
 #include "core/requests.h"
@@ -16,7 +17,6 @@
 #include "platform/runtime.h"
 #include "settings/settings.h"
 #include "springboard/gate.h"
-#include "startup/flags.h"
 
 namespace kv::springboard {
 
@@ -221,7 +221,7 @@ void systemGestureChanged(id self, SEL cmd, id gesture) {
 }
 
 void fluidRunSceneLayout(id self, SEL cmd, id request, BOOL updateScenes) {
-  if (!startup::flags().isIOS11) {
+  if (!base::flags().isIOS11) {
     platform::Hook<&fluidRunSceneLayout>::original(self, cmd, request, updateScenes);
     return;
   }

@@ -21,7 +21,7 @@
 #include "sim/device/settings_bundle.h"
 #include "sim/frameworks/frameworks.h"
 #include "sim/host/fs_redirect.h"
-#include "startup/flags.h"
+#include "base/flags.h"
 #include "tests/sim/ui_test_support.h"
 
 namespace kv::prompt {
@@ -105,11 +105,11 @@ class Prompt : public ::testing::Test {
     ASSERT_EQ(sim::host::installVirtualTime(), std::vector<std::string>{});
     sim::host::setNowNanos(kStart);
     sim::frameworks::defineFrameworks();
-    using startup::VersionFlag;
+    using base::VersionFlag;
     for (VersionFlag f :
          {VersionFlag::kIOS11, VersionFlag::kIOS10OrLater, VersionFlag::kIOS102OrLater,
           VersionFlag::kIOS92OrLater, VersionFlag::kIOS9OrLater, VersionFlag::kIOS8OrLater}) {
-      startup::computeFlag(f);
+      base::computeFlag(f);
     }
     core::defineKavelinController();
     defineAlertView();

@@ -16,7 +16,7 @@
 #include "sim/host/classes.h"
 #include "sim/host/fs_redirect.h"
 #include "sim/host/profile.h"
-#include "startup/flags.h"
+#include "base/flags.h"
 
 namespace kv::settings {
 namespace {
@@ -60,10 +60,10 @@ class SettingsLoad : public ::testing::Test {
     if (std::string(hardware) == "touchid") p.ioServices = {"AppleMesa"};
     if (std::string(hardware) == "faceid") p.ioServices = {"AppleH10PearlCam"};
     sim::host::setProfile(p);
-    startup::flags().isIOS8OrLater = true;
-    startup::flags().isIOS10OrLater = ios10;
-    startup::flags().isIOS11 = ios11;
-    startup::setRole(startup::Role::kSpringBoard);
+    base::flags().isIOS8OrLater = true;
+    base::flags().isIOS10OrLater = ios10;
+    base::flags().isIOS11 = ios11;
+    base::setRole(base::Role::kSpringBoard);
   }
   void prefs(Value::Dictionary values) {
     ASSERT_TRUE(sim::writePlistFile(kFile, Value::dictionary(std::move(values)),
