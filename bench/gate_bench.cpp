@@ -30,6 +30,8 @@
 // 2x the bare lookup; a protected one under 5 us). Options other than its
 // own go to Google Benchmark in the host (e.g. --benchmark_min_time=0.05);
 // --only=IDSxNETWORKS measures one size.
+#include "bench/gate_bench.h"
+
 #include <unistd.h>
 
 #include <algorithm>
@@ -38,7 +40,6 @@
 #include <string>
 #include <vector>
 
-#include "bench/gate_bench.h"
 #include "sim/device/device.h"
 
 namespace {
@@ -60,9 +61,10 @@ bool measureSize(int ids, int networks, const std::vector<std::string>& flags, F
   options.biometrics = "touchid";
   options.hostPath = KAVELIN_BENCH_HOST_PATH;
   options.libraryPath = KAVELIN_LIBRARY_PATH;
-  for (const char* fn : {"WiFiNetworkGetProperty", "WiFiNetworkCopyPassword", "FigVibratorInitialize",
-                         "FigVibratorPlayVibrationWithDictionary"}) {
-    options.privateLibraries.push_back(std::string(KAVELIN_PRIVATE_DIR) + "/libprivate-" + fn + ".so");
+  for (const char* fn : {"WiFiNetworkGetProperty", "WiFiNetworkCopyPassword",
+                         "FigVibratorInitialize", "FigVibratorPlayVibrationWithDictionary"}) {
+    options.privateLibraries.push_back(std::string(KAVELIN_PRIVATE_DIR) + "/libprivate-" + fn +
+                                       ".so");
   }
   options.hostTimeoutMs = 30 * 60 * 1000;
   kv::sim::Device device(options);
@@ -74,8 +76,8 @@ bool measureSize(int ids, int networks, const std::vector<std::string>& flags, F
   char bssid[32];
   for (int i = 0; i < networks; ++i) {
     std::snprintf(bssid, sizeof bssid, "02:00:00:00:%02x:%02x", i / 256, i % 256);
-    trusted.push_back(Value::dictionary(
-        {{"ssid", Value::string("Trusted " + std::to_string(i))}, {"bssid", Value::string(bssid)}}));
+    trusted.push_back(Value::dictionary({{"ssid", Value::string("Trusted " + std::to_string(i))},
+                                         {"bssid", Value::string(bssid)}}));
   }
   device.writePreference(kDomain, "allowedWiFis", Value::array(std::move(trusted)));
   // The device is on a network the list does not trust, so the whole list is read.
@@ -130,10 +132,11 @@ int runDevice(int argc, char** argv) {
     }
   }
   bool met = true;
-  std::printf("\nmedians in ns; an unprotected decision is its launch less the floor (the same\n"
-              "send without the interception), and less the platform's id read in \"lib.\";\n"
-              "a protected decision is its whole launch, and less the platform's preferences\n"
-              "read (\"prefs\") in \"lib.\"; ratios are to the bare lookup of the same id\n\n");
+  std::printf(
+      "\nmedians in ns; an unprotected decision is its launch less the floor (the same\n"
+      "send without the interception), and less the platform's id read in \"lib.\";\n"
+      "a protected decision is its whole launch, and less the platform's preferences\n"
+      "read (\"prefs\") in \"lib.\"; ratios are to the bare lookup of the same id\n\n");
   std::printf("%6s %5s | %7s %7s %7s %8s %6s %6s | %7s %7s %9s %7s %6s | %s\n", "ids", "nets",
               "miss", "floor", "id read", "unprot.", "ratio", "lib.", "hit", "prefs", "protected",
               "lib.", "ratio", "targets");
@@ -145,16 +148,18 @@ int runDevice(int argc, char** argv) {
     double miss = at("bare_lookup_miss"), hit = at("bare_lookup_hit"), floor = at("floor_send");
     double read = at("identifier_read"), prefs = at("preferences_read");
     double unprotected = at("unprotected_launch") - floor, guarded = at("protected_launch");
-    bool ok = at("unprotected_launch") > 0 && guarded > 0 && unprotected <= 2 * miss &&
-              guarded < 5000;
+    bool ok =
+        at("unprotected_launch") > 0 && guarded > 0 && unprotected <= 2 * miss && guarded < 5000;
     met = met && ok;
-    std::printf("%6d %5d | %7.1f %7.1f %7.1f %8.1f %6.2f %6.2f | %7.1f %7.1f %9.1f %7.1f %6.1f | %s\n",
-                f.ids, f.networks, miss, floor, read, unprotected, unprotected / miss,
-                (unprotected - read) / miss, hit, prefs, guarded, guarded - prefs, guarded / hit,
-                ok ? "met" : "MISSED");
+    std::printf(
+        "%6d %5d | %7.1f %7.1f %7.1f %8.1f %6.2f %6.2f | %7.1f %7.1f %9.1f %7.1f %6.1f | %s\n",
+        f.ids, f.networks, miss, floor, read, unprotected, unprotected / miss,
+        (unprotected - read) / miss, hit, prefs, guarded, guarded - prefs, guarded / hit,
+        ok ? "met" : "MISSED");
   }
-  std::printf("\ntargets: unprotected decision <= 2x the bare lookup; protected decision < 5000 ns: %s\n",
-              met ? "all met" : "not all met");
+  std::printf(
+      "\ntargets: unprotected decision <= 2x the bare lookup; protected decision < 5000 ns: %s\n",
+      met ? "all met" : "not all met");
   return 0;
 }
 

@@ -27,8 +27,8 @@ using kv::platform::Value;
 using namespace kv::bench;
 
 constexpr const char* kLaunch = "icon:launchFromLocation:context:activationSettings:actions:";
-constexpr const char* kFloor = "kavelinBenchLaunch:fromLocation:context:activationSettings:actions:";
-
+constexpr const char* kFloor =
+    "kavelinBenchLaunch:fromLocation:context:activationSettings:actions:";
 
 long gLaunches = 0;
 
@@ -50,8 +50,9 @@ void replacePlatformLaunch() {
 }
 
 id iconOf(const char* bundle) {
-  id icons = send<id>(sendClass<id>(kv::platform::classNamed("SBIconController"), Sel("sharedInstance")),
-                      Sel("icons"));
+  id icons =
+      send<id>(sendClass<id>(kv::platform::classNamed("SBIconController"), Sel("sharedInstance")),
+               Sel("icons"));
   for (kv::platform::UInteger i = 0; i < kv::platform::arrayCount(icons); ++i) {
     id icon = kv::platform::arrayObjectAt(icons, i);
     if (!kv::platform::respondsTo(icon, Sel("applicationBundleID"))) continue;
@@ -61,7 +62,8 @@ id iconOf(const char* bundle) {
 }
 
 id applicationOf(const char* bundle) {
-  id apps = sendClass<id>(kv::platform::classNamed("SBApplicationController"), Sel("sharedInstance"));
+  id apps =
+      sendClass<id>(kv::platform::classNamed("SBApplicationController"), Sel("sharedInstance"));
   return send<id>(apps, Sel("applicationWithBundleIdentifier:"), kv::platform::makeString(bundle));
 }
 
@@ -148,7 +150,9 @@ Value measure(const kv::sim::host::ActionRequest& request, std::string* error) {
   }
   send<void>(controller(), Sel("setInvocation:"), id{nullptr});
 
-  auto sized = [count](const char* what) { return std::string(what) + "/" + std::to_string(count); };
+  auto sized = [count](const char* what) {
+    return std::string(what) + "/" + std::to_string(count);
+  };
   benchmark::RegisterBenchmark(sized("bare_lookup_miss").c_str(), [&](benchmark::State& state) {
     for (auto _ : state) {
       bool found = list.contains(miss);
@@ -188,7 +192,8 @@ Value measure(const kv::sim::host::ActionRequest& request, std::string* error) {
     for (auto _ : state) {
       pool.tick();
       CFPreferencesAppSynchronize(kv::platform::cf(domain));
-      CFPropertyListRef value = CFPreferencesCopyAppValue(kv::platform::cf(key), kv::platform::cf(domain));
+      CFPropertyListRef value =
+          CFPreferencesCopyAppValue(kv::platform::cf(key), kv::platform::cf(domain));
       if (value == nullptr) {
         state.SkipWithError("the trusted networks are not stored");
         break;
@@ -208,7 +213,8 @@ Value measure(const kv::sim::host::ActionRequest& request, std::string* error) {
         pool.tick();
       }
     }
-    if (gLaunches - before != n) state.SkipWithError("an unprotected launch did not reach the platform");
+    if (gLaunches - before != n)
+      state.SkipWithError("an unprotected launch did not reach the platform");
   });
   benchmark::RegisterBenchmark(sized("protected_launch").c_str(), [&](benchmark::State& state) {
     id kavelin = controller();

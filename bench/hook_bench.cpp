@@ -13,11 +13,19 @@ namespace {
 using kv::platform::Hook;
 using kv::platform::send;
 
-int plainValue(id, SEL, int x) { return x + 1; }
-int interceptedValue(id, SEL, int x) { return x + 1; }
-int passThrough(id self, SEL cmd, int x) { return Hook<&passThrough>::original(self, cmd, x); }
+int plainValue(id, SEL, int x) {
+  return x + 1;
+}
+int interceptedValue(id, SEL, int x) {
+  return x + 1;
+}
+int passThrough(id self, SEL cmd, int x) {
+  return Hook<&passThrough>::original(self, cmd, x);
+}
 
-__attribute__((noinline)) void emptyFunction() { benchmark::ClobberMemory(); }
+__attribute__((noinline)) void emptyFunction() {
+  benchmark::ClobberMemory();
+}
 void (*volatile indirect)() = &emptyFunction;
 
 id instance = nullptr;

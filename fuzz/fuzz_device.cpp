@@ -6,8 +6,8 @@
 // Each run starts real host processes, so inputs are kept short.
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <cstddef>
 #include <cctype>
+#include <cstddef>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -24,11 +24,11 @@ namespace {
 using kv::fuzz::Words;
 using kv::platform::Value;
 
-const Words kPrefKeys = {"Enabled", "passcode", "onlyPasscode", "keepSession", "protected",
-                         "protectedFolders", "protectSwitcher", "protectPowerDown",
-                         "IconColor", "haptic", "callerNameProtected"};
-const Words kStrings = {"com.apple.MobileSMS", "com.apple.mobileslideshow", "1234", "YES", "NO",
-                        "Kavelin", "General"};
+const Words kPrefKeys = {"Enabled",   "passcode",         "onlyPasscode",       "keepSession",
+                         "protected", "protectedFolders", "protectSwitcher",    "protectPowerDown",
+                         "IconColor", "haptic",           "callerNameProtected"};
+const Words kStrings = {
+    "com.apple.MobileSMS", "com.apple.mobileslideshow", "1234", "YES", "NO", "Kavelin", "General"};
 const Words kNames = {"appL", "idsn", "hasP", "bcol", "bc11", "bcam", "sesx", "fldr", "ricn",
                       "prrc", "wifi", "aeap", "spsi", "gpsi", "trwf", "prta", "bfc1"};
 const Words kRequestKeys = {"settingsName", "appid", "showsInLockScreen"};
@@ -45,22 +45,24 @@ std::string action(FuzzedDataProvider& in) {
     case 1: return "SpringBoard: tap com.apple.mobileslideshow";
     case 2: return in.ConsumeBool() ? "finger match" : "finger nomatch";
     case 3: return "SpringBoard: prompt button " + std::to_string(in.ConsumeIntegralInRange(0, 1));
-    case 4: return in.ConsumeBool() ? "SpringBoard: prompt passcode 1234"
-                                    : "SpringBoard: prompt passcode 0000";
+    case 4:
+      return in.ConsumeBool() ? "SpringBoard: prompt passcode 1234"
+                              : "SpringBoard: prompt passcode 0000";
     case 5: return "advance " + std::to_string(in.ConsumeIntegralInRange(0, 40) / 10.0);
     case 6: return in.ConsumeBool() ? "SpringBoard: lock" : "SpringBoard: unlock";
     case 7: return "SpringBoard: home";
     case 8:
       return "SpringBoard: message " + word(in, kNames) + " " +
-             kv::sim::toJson(Value::dictionary(
-                 kv::fuzz::fuzzedDictionary(in, kRequestKeys, kStrings, 2)));
+             kv::sim::toJson(
+                 Value::dictionary(kv::fuzz::fuzzedDictionary(in, kRequestKeys, kStrings, 2)));
     case 9:
       return "com.quorvan.notesplus: request " + word(in, kNames) + " " +
-             kv::sim::toJson(Value::dictionary(
-                 kv::fuzz::fuzzedDictionary(in, kRequestKeys, kStrings, 2)));
+             kv::sim::toJson(
+                 Value::dictionary(kv::fuzz::fuzzedDictionary(in, kRequestKeys, kStrings, 2)));
     case 10: return "com.quorvan.notesplus: read-reply " + word(in, kNames);
     case 11:
-      return "prefs " + word(in, kPrefKeys) + " " + kv::sim::toJson(kv::fuzz::fuzzedValue(in, kStrings, 1));
+      return "prefs " + word(in, kPrefKeys) + " " +
+             kv::sim::toJson(kv::fuzz::fuzzedValue(in, kStrings, 1));
     case 12: return "respring";
     default: {
       // The preference file replaced by bytes of any kind, then the change announced.
@@ -83,7 +85,8 @@ std::string action(FuzzedDataProvider& in) {
 std::string word(FuzzedDataProvider& in, const kv::fuzz::Words& words) {
   std::string picked;
   for (char c : words.pick(in)) {
-    if (std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '_' || c == '-') picked += c;
+    if (std::isalnum(static_cast<unsigned char>(c)) || c == '.' || c == '_' || c == '-')
+      picked += c;
   }
   return picked.empty() ? "unknown" : picked;
 }
@@ -91,7 +94,9 @@ std::string word(FuzzedDataProvider& in, const kv::fuzz::Words& words) {
 std::string scenarioText(FuzzedDataProvider& in) {
   std::string version = kVersions[in.ConsumeIntegralInRange<size_t>(0, 3)];
   std::string text = "device iphone ios " + version;
-  text += version == "11.1" && in.ConsumeBool() ? " faceid" : in.ConsumeBool() ? " touchid" : " none";
+  text += version == "11.1" && in.ConsumeBool() ? " faceid"
+          : in.ConsumeBool()                    ? " touchid"
+                                                : " none";
   text += " identities " + std::to_string(in.ConsumeIntegralInRange(0, 2));
   text += "\n";
   for (int n = in.ConsumeIntegralInRange(0, 3); n > 0; --n) {
@@ -125,7 +130,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   auto* scenario = std::get_if<kv::sim::Scenario>(&parsed);
   if (scenario == nullptr) {
     // Every line made here is one the language has.
-    std::fprintf(stderr, "%s\n%s\n", text.c_str(), std::get<kv::sim::ParseError>(parsed).message.c_str());
+    std::fprintf(stderr, "%s\n%s\n", text.c_str(),
+                 std::get<kv::sim::ParseError>(parsed).message.c_str());
     std::abort();
   }
   if (auto error = kv::sim::validateScenario(*scenario)) {

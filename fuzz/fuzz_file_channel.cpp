@@ -73,10 +73,9 @@ bool isQuery(const std::string& name) {
 
 // The reply file read as the app reads it: a keyed archive.
 Value unarchived(const std::string& bytes) {
-  id data = kv::platform::sendClass<id>(kv::platform::classNamed("NSData"),
-                                        Sel("dataWithBytes:length:"),
-                                        static_cast<const void*>(bytes.data()),
-                                        static_cast<kv::platform::UInteger>(bytes.size()));
+  id data = kv::platform::sendClass<id>(
+      kv::platform::classNamed("NSData"), Sel("dataWithBytes:length:"),
+      static_cast<const void*>(bytes.data()), static_cast<kv::platform::UInteger>(bytes.size()));
   return kv::platform::valueOf(kv::platform::sendClass<id>(
       kv::platform::classNamed("NSKeyedUnarchiver"), Sel("unarchiveObjectWithData:"), data));
 }
@@ -116,9 +115,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
       break;
     default:
       request = Value::dictionary(kv::fuzz::fuzzedDictionary(in, kRequestKeys, kStrings, 3));
-      kv::sim::writePlistFile(requestPath, request,
-                              in.ConsumeBool() ? kv::sim::PlistFormat::kXml
-                                               : kv::sim::PlistFormat::kBinary);
+      kv::sim::writePlistFile(
+          requestPath, request,
+          in.ConsumeBool() ? kv::sim::PlistFormat::kXml : kv::sim::PlistFormat::kBinary);
   }
   // An older reply, left by an earlier request of the same name.
   std::optional<std::string> oldReply;

@@ -28,15 +28,16 @@ namespace {
 using kv::fuzz::Words;
 using kv::platform::Value;
 
-const Words kNames = {"appL", "idsn", "hasP", "bcol", "bc11", "bcam", "bcc9", "bfc1", "rlc2",
-                      "rqrl", "tcID", "sesx", "fldr", "delc", "bapc", "ricn", "prrc", "pcip",
-                      "wifi", "wfls", "aeap", "spsi", "gpsi", "trwf", "enab", "prta", "hcnp",
-                      "blrc"};
+const Words kNames = {"appL", "idsn", "hasP", "bcol", "bc11", "bcam", "bcc9",
+                      "bfc1", "rlc2", "rqrl", "tcID", "sesx", "fldr", "delc",
+                      "bapc", "ricn", "prrc", "pcip", "wifi", "wfls", "aeap",
+                      "spsi", "gpsi", "trwf", "enab", "prta", "hcnp", "blrc"};
 const Words kRequestKeys = {"settingsName", "appid", "showsInLockScreen", "name", ""};
-const Words kStrings = {"Kavelin", "General", "WIFI", "com.apple.MobileSMS",
-                        "com.apple.mobileslideshow", "YES", "1", "0"};
-const Words kPrefKeys = {"Enabled", "passcode", "onlyPasscode", "keepSession", "protected",
-                         "protectedFolders", "allowedWiFis", "callerNameProtected"};
+const Words kStrings = {
+    "Kavelin", "General", "WIFI", "com.apple.MobileSMS", "com.apple.mobileslideshow",
+    "YES",     "1",       "0"};
+const Words kPrefKeys = {"Enabled",   "passcode",         "onlyPasscode", "keepSession",
+                         "protected", "protectedFolders", "allowedWiFis", "callerNameProtected"};
 
 // The keys each query's reply holds; a query may also reply nil where noted.
 const std::map<std::string, std::set<std::string>> kQueryKeys = {
@@ -81,16 +82,15 @@ void sendOne(FuzzedDataProvider& in) {
   std::string name = kNames.pick(in);
   Value request;
   switch (in.ConsumeIntegralInRange<int>(0, 3)) {
-    case 0: break;  // no request
+    case 0: break;                                                 // no request
     case 1: request = kv::fuzz::fuzzedValue(in, kStrings); break;  // anything at all
-    default:
-      request = Value::dictionary(kv::fuzz::fuzzedDictionary(in, kRequestKeys, kStrings, 3));
+    default: request = Value::dictionary(kv::fuzz::fuzzedDictionary(in, kRequestKeys, kStrings, 3));
   }
   id reply = nullptr;
   if (in.ConsumeBool()) {
-    reply = kv::platform::send<id>(kv::core::controller(),
-                                   kv::platform::Sel("handleMessageNamed:userInfo:"),
-                                   kv::platform::makeString(name), kv::platform::makeObject(request));
+    reply = kv::platform::send<id>(
+        kv::core::controller(), kv::platform::Sel("handleMessageNamed:userInfo:"),
+        kv::platform::makeString(name), kv::platform::makeObject(request));
   } else {
     reply = kv::core::handleMessageNamed(kv::platform::makeString(name),
                                          kv::platform::makeObject(request),

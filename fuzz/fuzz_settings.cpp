@@ -19,6 +19,7 @@
 #include <filesystem>
 #include <string>
 
+#include "base/flags.h"
 #include "fuzz/fuzzed_values.h"
 #include "platform/foundation.h"
 #include "platform/runtime.h"
@@ -28,7 +29,6 @@
 #include "sim/host/classes.h"
 #include "sim/host/fs_redirect.h"
 #include "sim/host/profile.h"
-#include "base/flags.h"
 
 namespace {
 
@@ -53,18 +53,53 @@ id manager(id cls, SEL) {
   return cls;
 }
 
-const Words kKeys = {
-    "onlyPasscode", "passcode", "shouldShowExperimentalAlert", "Enabled", "callerNameProtected",
-    "HideCallerAfterLifting", "IconColor", "VibrateOnError", "hapticSetting", "haptic",
-    "keepSession", "protectSwitcher", "protectPowerDown", "protectPowerDownOnCriticalBattery",
-    "protectRespring", "blurAppSwitcher", "showKavelinedText", "protectSIMUnlock",
-    "protectMovingApps", "unlockUsingTouchID", "CloseProtectedFoldersAfterLaunchingApp",
-    "QuitProtectedAppsOnDeviceLock", "showProtectedItemName", "appsInFoldersAreStillProtected",
-    "protectSiri", "protected", "protectedNotifications", "protectedSettings",
-    "protectedSwitches", "protectedFolders", "protectedCCItems", "protectedCCSettingsItems",
-    "allowedWiFis"};
-const Words kStrings = {"YES", "NO", "true", "false", "1", "0", "7", "-2", "1234", " 12",
-                        "com.apple.mobileslideshow", "com.apple.MobileSMS", "Kavelin", ""};
+const Words kKeys = {"onlyPasscode",
+                     "passcode",
+                     "shouldShowExperimentalAlert",
+                     "Enabled",
+                     "callerNameProtected",
+                     "HideCallerAfterLifting",
+                     "IconColor",
+                     "VibrateOnError",
+                     "hapticSetting",
+                     "haptic",
+                     "keepSession",
+                     "protectSwitcher",
+                     "protectPowerDown",
+                     "protectPowerDownOnCriticalBattery",
+                     "protectRespring",
+                     "blurAppSwitcher",
+                     "showKavelinedText",
+                     "protectSIMUnlock",
+                     "protectMovingApps",
+                     "unlockUsingTouchID",
+                     "CloseProtectedFoldersAfterLaunchingApp",
+                     "QuitProtectedAppsOnDeviceLock",
+                     "showProtectedItemName",
+                     "appsInFoldersAreStillProtected",
+                     "protectSiri",
+                     "protected",
+                     "protectedNotifications",
+                     "protectedSettings",
+                     "protectedSwitches",
+                     "protectedFolders",
+                     "protectedCCItems",
+                     "protectedCCSettingsItems",
+                     "allowedWiFis"};
+const Words kStrings = {"YES",
+                        "NO",
+                        "true",
+                        "false",
+                        "1",
+                        "0",
+                        "7",
+                        "-2",
+                        "1234",
+                        " 12",
+                        "com.apple.mobileslideshow",
+                        "com.apple.MobileSMS",
+                        "Kavelin",
+                        ""};
 
 struct ListKey {
   const char* key;
@@ -117,7 +152,8 @@ extern "C" int LLVMFuzzerInitialize(int*, char***) {
   const char* root = mkdtemp(pattern);
   if (root == nullptr) std::abort();
   kv::sim::setDeviceRoot(root);
-  std::filesystem::create_directories(std::string(root) + "/private/var/mobile/Library/Preferences");
+  std::filesystem::create_directories(std::string(root) +
+                                      "/private/var/mobile/Library/Preferences");
   kv::platform::AutoreleasePool pool;
   kv::sim::host::ClassBuilder("BiometricKit", "NSObject")
       .classMethod("manager", kv::sim::host::imp(manager), "@@:")
@@ -137,8 +173,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   bool ios11 = in.ConsumeBool();
   kv::base::flags().isIOS10OrLater = ios11 || in.ConsumeBool();
   kv::base::flags().isIOS11 = ios11;
-  kv::base::setRole(in.ConsumeBool() ? kv::base::Role::kSpringBoard
-                                        : kv::base::Role::kSettings);
+  kv::base::setRole(in.ConsumeBool() ? kv::base::Role::kSpringBoard : kv::base::Role::kSettings);
   auto format = in.ConsumeBool() ? kv::sim::PlistFormat::kXml : kv::sim::PlistFormat::kBinary;
   Value::Dictionary domain = kv::fuzz::fuzzedDictionary(in, kKeys, kStrings, 12);
   if (!kv::sim::writePlistFile(kFile, Value::dictionary(std::move(domain)), format)) return 0;

@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "base/flags.h"
 #include "core/controller.h"
 #include "core/coordinator.h"
 #include "platform/foundation.h"
@@ -20,7 +21,6 @@
 #include "sim/host/fs_redirect.h"
 #include "sim/host/profile.h"
 #include "sim/host/run_loop.h"
-#include "base/flags.h"
 
 namespace kv::fuzz {
 
@@ -55,9 +55,9 @@ void startSpringBoard(const char* version) {
   sim::host::setNowNanos(kStart);
   sim::frameworks::defineFrameworks();
   using base::VersionFlag;
-  for (VersionFlag f : {VersionFlag::kIOS11, VersionFlag::kIOS10OrLater,
-                        VersionFlag::kIOS102OrLater, VersionFlag::kIOS92OrLater,
-                        VersionFlag::kIOS9OrLater, VersionFlag::kIOS8OrLater}) {
+  for (VersionFlag f :
+       {VersionFlag::kIOS11, VersionFlag::kIOS10OrLater, VersionFlag::kIOS102OrLater,
+        VersionFlag::kIOS92OrLater, VersionFlag::kIOS9OrLater, VersionFlag::kIOS8OrLater}) {
     base::computeFlag(f);
   }
   base::setRole(base::Role::kSpringBoard);

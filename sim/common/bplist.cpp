@@ -10,10 +10,10 @@ using platform::Value;
 
 namespace {
 
-constexpr size_t kHeaderSize = 8;   // "bplist00"
+constexpr size_t kHeaderSize = 8;  // "bplist00"
 constexpr size_t kTrailerSize = 32;
-constexpr int kMaxDepth = 512;           // no preferences file nests anywhere near this
-constexpr size_t kMaxValues = 200000;    // values decoded, shared objects counted each time
+constexpr int kMaxDepth = 512;         // no preferences file nests anywhere near this
+constexpr size_t kMaxValues = 200000;  // values decoded, shared objects counted each time
 
 // Appends code point `c` to `out` as UTF-8.
 void appendUtf8(std::string& out, uint32_t c) {
@@ -63,7 +63,8 @@ class Decoder {
   }
 
   bool readTrailer() {
-    if (b_.size() < kHeaderSize + 1 + kTrailerSize) return fail("too short for a binary property list");
+    if (b_.size() < kHeaderSize + 1 + kTrailerSize)
+      return fail("too short for a binary property list");
     if (std::memcmp(b_.data(), "bplist", 6) != 0) return fail("wrong magic");
     if (b_[6] != '0' || b_[7] != '0') return fail("unknown format version");
     size_t t = b_.size() - kTrailerSize;
@@ -164,8 +165,7 @@ class Decoder {
       }
       case 0x4:
       case 0x5:
-      case 0x6:
-        return bytesObject(which, at, high, low);
+      case 0x6: return bytesObject(which, at, high, low);
       case 0x8: {
         size_t size = size_t{low} + 1;
         if (size > 8 || !fits(at + 1, size)) return failed(which + " is a bad UID");
@@ -174,10 +174,8 @@ class Decoder {
       }
       case 0xA:
       case 0xC:
-      case 0xD:
-        return collection(which, at, high, low, depth);
-      default:
-        break;
+      case 0xD: return collection(which, at, high, low, depth);
+      default: break;
     }
     char hex[8];
     std::snprintf(hex, sizeof hex, "0x%02x", marker);

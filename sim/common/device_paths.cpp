@@ -3,7 +3,6 @@
 
 namespace kv::sim {
 
-
 std::string mapDevicePath(std::string_view root, std::string_view path) {
   if (root.empty() || path.empty() || path[0] != '/') return std::string(path);
   size_t slashes = 0;

@@ -15,9 +15,8 @@ struct DeviceFolder {
 // The device's top-level folders; /var and /tmp follow the device's links
 // into /private/var.
 inline constexpr DeviceFolder kDeviceFolders[] = {
-    {"/var", "/private/var"},  {"/tmp", "/private/var/tmp"},
-    {"/private", "/private"},  {"/Library", "/Library"},
-    {"/bootstrap", "/bootstrap"}, {"/System/Library", "/System/Library"},
+    {"/var", "/private/var"}, {"/tmp", "/private/var/tmp"}, {"/private", "/private"},
+    {"/Library", "/Library"}, {"/bootstrap", "/bootstrap"}, {"/System/Library", "/System/Library"},
 };
 
 // True iff `path` is `prefix` or lies below it, comparing whole components.

@@ -99,7 +99,8 @@ PlistReading parsePlist(std::span<const uint8_t> bytes) {
 PlistReading readPlist(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   if (!in) return {};
-  std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  std::vector<uint8_t> bytes((std::istreambuf_iterator<char>(in)),
+                             std::istreambuf_iterator<char>());
   if (in.bad()) return corrupt("the file cannot be read");
   return parsePlist(bytes);
 }

@@ -18,8 +18,12 @@ enum Tag : uint8_t { kNone, kFalse, kTrue, kInteger, kReal, kString, kData, kDat
 constexpr int kMaxDepth = 128;
 constexpr uint32_t kMaxFrame = 64u << 20;
 
-void putU32(std::string& out, uint32_t v) { out.append(reinterpret_cast<const char*>(&v), 4); }
-void put64(std::string& out, const void* p) { out.append(static_cast<const char*>(p), 8); }
+void putU32(std::string& out, uint32_t v) {
+  out.append(reinterpret_cast<const char*>(&v), 4);
+}
+void put64(std::string& out, const void* p) {
+  out.append(static_cast<const char*>(p), 8);
+}
 void putBytes(std::string& out, const void* p, size_t n) {
   putU32(out, static_cast<uint32_t>(n));
   out.append(static_cast<const char*>(p), n);
@@ -163,7 +167,9 @@ std::optional<Value> decodeValue(std::string_view bytes) {
   return v;
 }
 
-Channel::~Channel() { close(); }
+Channel::~Channel() {
+  close();
+}
 
 void Channel::close() {
   if (fd_ >= 0) ::close(fd_);

@@ -2,20 +2,20 @@
 #include "sim/device/device.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <signal.h>
 #include <spawn.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
-#include <poll.h>
 #include <sys/syscall.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -122,7 +122,7 @@ Device::Device(DeviceOptions options) : options_(std::move(options)) {
   // scenario's cost on a disk.
   // KAVELIN_SIM_FOLDER chooses another place (to measure against a disk).
   const char* chosen = std::getenv("KAVELIN_SIM_FOLDER");
-  std::string parent = chosen != nullptr                        ? chosen
+  std::string parent = chosen != nullptr                      ? chosen
                        : access("/dev/shm", W_OK | X_OK) == 0 ? "/dev/shm"
                        : std::getenv("TMPDIR") != nullptr     ? std::getenv("TMPDIR")
                                                               : "/tmp";
@@ -131,8 +131,8 @@ Device::Device(DeviceOptions options) : options_(std::move(options)) {
   // Without a folder of its own the device has nowhere to live, and its end
   // would remove whatever folder it had borrowed: stop here instead.
   if (made == nullptr) {
-    std::fprintf(stderr, "kavelin-sim: cannot make a device folder under %s: %s\n",
-                 parent.c_str(), std::strerror(errno));
+    std::fprintf(stderr, "kavelin-sim: cannot make a device folder under %s: %s\n", parent.c_str(),
+                 std::strerror(errno));
     std::exit(2);
   }
   root_ = std::string(made) + "/root";
@@ -242,24 +242,26 @@ Value Device::helloFor(const Host& host) const {
   if (options_.biometrics == "faceid") io.push_back(Value::string("AppleH10PearlCam"));
   Value::Array privateLibraries;
   for (const auto& p : options_.privateLibraries) privateLibraries.push_back(Value::string(p));
-  return message("hello", {
-      {"now", Value::integer(now_)},
-      {"process", Value::string(host.name)},
-      {"bundle", Value::string(host.bundle)},
-      {"osVersion", Value::string(os ? os->version : options_.version)},
-      {"osVersionString", Value::string(os ? os->versionString : "Version " + options_.version)},
-      {"model", Value::string(options_.ipad ? "iPad" : "iPhone")},
-      {"machine", Value::string(machineFor(options_))},
-      {"idiom", Value::integer(options_.ipad ? 1 : 0)},
-      {"biometrics", Value::string(options_.biometrics)},
-      {"passcode", Value::boolean(options_.passcode)},
-      {"identities", Value::integer(options_.identities)},
-      {"passKitLate", Value::boolean(options_.passKitLate)},
-      {"ioServices", Value::array(io)},
-      {"privateLibraries", Value::array(privateLibraries)},
-      {"root", Value::string(root_)},
-      {"library", Value::string(options_.libraryPath)},
-  });
+  return message("hello",
+                 {
+                     {"now", Value::integer(now_)},
+                     {"process", Value::string(host.name)},
+                     {"bundle", Value::string(host.bundle)},
+                     {"osVersion", Value::string(os ? os->version : options_.version)},
+                     {"osVersionString",
+                      Value::string(os ? os->versionString : "Version " + options_.version)},
+                     {"model", Value::string(options_.ipad ? "iPad" : "iPhone")},
+                     {"machine", Value::string(machineFor(options_))},
+                     {"idiom", Value::integer(options_.ipad ? 1 : 0)},
+                     {"biometrics", Value::string(options_.biometrics)},
+                     {"passcode", Value::boolean(options_.passcode)},
+                     {"identities", Value::integer(options_.identities)},
+                     {"passKitLate", Value::boolean(options_.passKitLate)},
+                     {"ioServices", Value::array(io)},
+                     {"privateLibraries", Value::array(privateLibraries)},
+                     {"root", Value::string(root_)},
+                     {"library", Value::string(options_.libraryPath)},
+                 });
 }
 
 bool Device::kill(const std::string& process, std::string* error) {
@@ -318,7 +320,8 @@ bool Device::start(const std::string& process, std::string* error) {
   posix_spawn_file_actions_t actions;
   posix_spawn_file_actions_init(&actions);
   posix_spawn_file_actions_adddup2(&actions, fds[1], 3);
-  posix_spawn_file_actions_addopen(&actions, 2, logPath.c_str(), O_WRONLY | O_CREAT | O_APPEND, 0644);
+  posix_spawn_file_actions_addopen(&actions, 2, logPath.c_str(), O_WRONLY | O_CREAT | O_APPEND,
+                                   0644);
   std::string home = realPath("/var/mobile");
   std::vector<std::string> env = {"HOME=" + home, "TZ=UTC"};
   for (char** e = environ; *e != nullptr; ++e) {
@@ -404,8 +407,8 @@ std::optional<Value> Device::query(const std::string& process, const std::string
   }
   Value::Array words;
   for (const auto& a : args) words.push_back(Value::string(a));
-  auto done = runCommand(*h, message("query", {{"query", Value::string(name)},
-                                               {"args", Value::array(words)}}));
+  auto done = runCommand(
+      *h, message("query", {{"query", Value::string(name)}, {"args", Value::array(words)}}));
   if (!done) {
     *error = fault_;
     return std::nullopt;
@@ -436,7 +439,8 @@ void Device::onPost(const std::string& name, const std::string& poster) {
   }
 }
 
-void Device::writePreference(const std::string& domain, const std::string& key, const Value& value) {
+void Device::writePreference(const std::string& domain, const std::string& key,
+                             const Value& value) {
   std::string path = realPath("/var/mobile/Library/Preferences/" + domain + ".plist");
   auto contents = readPlistFile(path);
   Value::Dictionary values = contents ? contents->asDictionary() : Value::Dictionary{};
@@ -476,10 +480,12 @@ bool Device::writeRawFile(const std::string& devicePath, const std::vector<uint8
   std::error_code ec;
   std::filesystem::create_directories(std::filesystem::path(path).parent_path(), ec);
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out.write(reinterpret_cast<const char*>(bytes.data()), static_cast<std::streamsize>(bytes.size()));
+  out.write(reinterpret_cast<const char*>(bytes.data()),
+            static_cast<std::streamsize>(bytes.size()));
   bool ok = out.good();
-  note("device", "file", devicePath + " (" + std::to_string(bytes.size()) + " bytes)" +
-                             (ok ? "" : " (write failed)"));
+  note(
+      "device", "file",
+      devicePath + " (" + std::to_string(bytes.size()) + " bytes)" + (ok ? "" : " (write failed)"));
   return ok;
 }
 
@@ -515,8 +521,8 @@ void Device::rememberNetwork(const Value& network) {
 void Device::deliverWifi() {
   for (auto& h : hosts_) {
     if (h->alive)
-      deliveries_.emplace_back(h.get(), message("wifi", {{"network", wifi_},
-                                                         {"known", Value::array(knownWifi_)}}));
+      deliveries_.emplace_back(
+          h.get(), message("wifi", {{"network", wifi_}, {"known", Value::array(knownWifi_)}}));
   }
   settle();
 }
@@ -560,7 +566,8 @@ void Device::settle() {
     if (due == nullptr) return;
     runCommand(*due, message("run"));
   }
-  if (fault_.empty()) fault_ = "the device did not settle: the hosts keep handing work to each other";
+  if (fault_.empty())
+    fault_ = "the device did not settle: the hosts keep handing work to each other";
 }
 
 void Device::watchHosts() {
@@ -627,7 +634,7 @@ std::optional<Value> Device::runCommand(Host& host, Value command) {
     if (opOf(*incoming) == "done") {
       const Value& next = (*incoming)["next"];
       host.next = next.kind() == Value::Kind::kInteger ? std::optional<int64_t>(next.asInteger())
-                                                      : std::nullopt;
+                                                       : std::nullopt;
       return incoming;
     }
     if (!handleReport(host, *incoming)) return std::nullopt;
@@ -658,8 +665,9 @@ bool Device::handleReport(Host& host, const Value& report) {
     const std::string& center = report["center"].asString();
     const std::string& name = report["name"].asString();
     bool wantReply = report["wantReply"].asBool();
-    note(host.name, "sent", name + " to " + center +
-                                (report["userInfo"].isNone() ? "" : " " + report["userInfo"].describe()));
+    note(host.name, "sent",
+         name + " to " + center +
+             (report["userInfo"].isNone() ? "" : " " + report["userInfo"].describe()));
     auto server = centers_.find(center);
     Value handle = message("center-handle", {{"center", Value::string(center)},
                                              {"name", Value::string(name)},

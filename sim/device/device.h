@@ -29,13 +29,13 @@ struct DeviceOptions {
   std::string biometrics = "touchid";  // "none", "touchid", "faceid"
   int identities = 1;
   bool passcode = true;
-  bool passKitLate = false;  // SpringBoard loads PassKit only on first use
-  std::string hostPath;     // the kavelin-host executable
-  std::string libraryPath;  // libkavelin.so; empty: hosts run without it
+  bool passKitLate = false;                   // SpringBoard loads PassKit only on first use
+  std::string hostPath;                       // the kavelin-host executable
+  std::string libraryPath;                    // libkavelin.so; empty: hosts run without it
   std::vector<std::string> privateLibraries;  // private-function libraries present
-  std::vector<std::string> extensions;  // other extensions installed (their library files)
+  std::vector<std::string> extensions;        // other extensions installed (their library files)
   BundlePlace settingsBundle = BundlePlace::kLibrary;
-  int hostTimeoutMs = 20000;            // how long a host may take to answer
+  int hostTimeoutMs = 20000;  // how long a host may take to answer
 };
 
 class Device {
@@ -169,7 +169,7 @@ class Device {
   std::map<std::string, Host*> centers_;
   std::deque<std::pair<Host*, Value>> deliveries_;
   Value wifi_;
-  Value::Array knownWifi_;  // in the order the device learnt them
+  Value::Array knownWifi_;                 // in the order the device learnt them
   std::map<std::string, Value> settings_;  // device settings processes change (airplane mode)
   EventLog log_;
   std::string fault_;

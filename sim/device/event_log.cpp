@@ -20,7 +20,8 @@ std::vector<const Event*> EventLog::window() const {
 
 std::string EventLog::line(const Event& e) {
   char stamp[64];
-  std::snprintf(stamp, sizeof stamp, "%9.3f  %-14s %-9s ", e.time, e.process.c_str(), e.kind.c_str());
+  std::snprintf(stamp, sizeof stamp, "%9.3f  %-14s %-9s ", e.time, e.process.c_str(),
+                e.kind.c_str());
   return stamp + e.details;
 }
 

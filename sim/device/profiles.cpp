@@ -8,12 +8,9 @@ namespace {
 // So that every version test of the library can come out both ways: 9.1
 // against 9.3 for "9.2 or later", 10.1 against 10.3 for "10.2 or later".
 const std::vector<OsProfile> kOsProfiles = {
-    {"8.4", "Version 8.4 (Build 12H143)", 8},
-    {"9.1", "Version 9.1 (Build 13B143)", 9},
-    {"9.3", "Version 9.3.5 (Build 13G36)", 9},
-    {"10.1", "Version 10.1.1 (Build 14B100)", 10},
-    {"10.3", "Version 10.3.3 (Build 14G60)", 10},
-    {"11.1", "Version 11.1 (Build 15B93)", 11},
+    {"8.4", "Version 8.4 (Build 12H143)", 8},     {"9.1", "Version 9.1 (Build 13B143)", 9},
+    {"9.3", "Version 9.3.5 (Build 13G36)", 9},    {"10.1", "Version 10.1.1 (Build 14B100)", 10},
+    {"10.3", "Version 10.3.3 (Build 14G60)", 10}, {"11.1", "Version 11.1 (Build 15B93)", 11},
 };
 
 struct SystemProcess {
@@ -38,7 +35,9 @@ const OsProfile* osProfile(const std::string& version) {
   return nullptr;
 }
 
-const std::vector<OsProfile>& osProfiles() { return kOsProfiles; }
+const std::vector<OsProfile>& osProfiles() {
+  return kOsProfiles;
+}
 
 bool processProfile(const std::string& word, ProcessProfile* out) {
   for (const auto& p : kSystemProcesses) {

@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <iterator>
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <regex>
 #include <sstream>
@@ -310,7 +310,9 @@ bool sameValue(const Value& a, const Value& b) {
   return a == b;
 }
 
-std::string firstWord(const std::string& s) { return s.substr(0, s.find(' ')); }
+std::string firstWord(const std::string& s) {
+  return s.substr(0, s.find(' '));
+}
 
 // The network a wifi statement describes.
 Value networkOf(const Statement& s) {
@@ -326,7 +328,8 @@ class Runner {
   bool run(const Scenario& scenario) {
     file_ = scenario.file;
     for (const auto& statement : scenario.statements) {
-      std::string text = "  " + scenario.file + ":" + std::to_string(statement.line) + "  " + statement.text;
+      std::string text =
+          "  " + scenario.file + ":" + std::to_string(statement.line) + "  " + statement.text;
       if (!options_.json) std::fprintf(options_.out, "%s\n", text.c_str());
       if (options_.album != nullptr) options_.album->addLine(text);
       std::string failure;
@@ -348,7 +351,8 @@ class Runner {
     flush();
     finish();
     if (!ending.empty()) {
-      std::fprintf(options_.out, "FAIL %s: at the end: %s\n", scenario.file.c_str(), ending.c_str());
+      std::fprintf(options_.out, "FAIL %s: at the end: %s\n", scenario.file.c_str(),
+                   ending.c_str());
       return false;
     }
     std::fprintf(options_.out, "PASS %s\n", scenario.file.c_str());
@@ -357,26 +361,26 @@ class Runner {
 
   // The device as the statements so far describe it.
   DeviceOptions deviceOptions() const {
-      DeviceOptions o;
-      o.ipad = spec_.ipad;
-      o.version = spec_.version;
-      o.biometrics = spec_.biometrics == DeviceSpec::Biometrics::kNone     ? "none"
-                     : spec_.biometrics == DeviceSpec::Biometrics::kFaceId ? "faceid"
-                                                                            : "touchid";
-      o.identities = spec_.identities;
-      o.passcode = spec_.passcode;
-      o.passKitLate = spec_.passKitLate;
-      o.hostPath = options_.hostPath;
-      o.libraryPath = options_.libraryPath;
-      o.hostTimeoutMs = options_.hostTimeoutMs;
-      o.settingsBundle = bundle_;
-      o.extensions = extensions_;
-      for (const char* fn : kPrivateFunctions) {
-        if (std::find(missing_.begin(), missing_.end(), fn) == missing_.end()) {
-          o.privateLibraries.push_back(options_.privateLibraryDir + "/libprivate-" + fn + ".so");
-        }
+    DeviceOptions o;
+    o.ipad = spec_.ipad;
+    o.version = spec_.version;
+    o.biometrics = spec_.biometrics == DeviceSpec::Biometrics::kNone     ? "none"
+                   : spec_.biometrics == DeviceSpec::Biometrics::kFaceId ? "faceid"
+                                                                         : "touchid";
+    o.identities = spec_.identities;
+    o.passcode = spec_.passcode;
+    o.passKitLate = spec_.passKitLate;
+    o.hostPath = options_.hostPath;
+    o.libraryPath = options_.libraryPath;
+    o.hostTimeoutMs = options_.hostTimeoutMs;
+    o.settingsBundle = bundle_;
+    o.extensions = extensions_;
+    for (const char* fn : kPrivateFunctions) {
+      if (std::find(missing_.begin(), missing_.end(), fn) == missing_.end()) {
+        o.privateLibraries.push_back(options_.privateLibraryDir + "/libprivate-" + fn + ".so");
       }
-      return o;
+    }
+    return o;
   }
 
   Device& device() {
@@ -459,18 +463,10 @@ class Runner {
         device().writePreference(kDomain, s.key, s.kind == K::kPrefs ? s.value : Value());
         if (running_) device().post(kPrefsChanged, std::nullopt, "settings pane");
         return true;
-      case K::kWifi:
-        device().setWifi(networkOf(s));
-        return true;
-      case K::kWifiKnown:
-        device().addKnownWifi(networkOf(s));
-        return true;
-      case K::kWifiOff:
-        device().setWifi(Value());
-        return true;
-      case K::kNotify:
-        device().post(s.name, s.state, "outside");
-        return true;
+      case K::kWifi: device().setWifi(networkOf(s)); return true;
+      case K::kWifiKnown: device().addKnownWifi(networkOf(s)); return true;
+      case K::kWifiOff: device().setWifi(Value()); return true;
+      case K::kNotify: device().post(s.name, s.state, "outside"); return true;
       case K::kFile:
         if (!device().writeFile(s.key, s.value)) {
           *failure = "could not write " + s.key;
@@ -489,10 +485,8 @@ class Runner {
         if (result["replied"].asBool()) lastReply_ = result["reply"];
         return true;
       }
-      case K::kRespring:
-        return device().respring(failure);
-      case K::kKill:
-        return device().kill(s.name, failure);
+      case K::kRespring: return device().respring(failure);
+      case K::kKill: return device().kill(s.name, failure);
       case K::kFileRaw:
         if (!device().writeRawFile(s.key, s.bytes)) {
           *failure = "could not write " + s.key;
@@ -506,12 +500,8 @@ class Runner {
       case K::kBiometric:
         return device().action("SpringBoard", "biometric", {std::to_string(s.code)}, "", nullptr,
                                failure);
-      case K::kAdvance:
-        device().advance(s.seconds);
-        return true;
-      case K::kMark:
-        device().log().mark();
-        return true;
+      case K::kAdvance: device().advance(s.seconds); return true;
+      case K::kMark: device().log().mark(); return true;
       case K::kPhone: return ring(s, failure);
       case K::kSnapshot:
         if (options_.album == nullptr) return true;  // no pictures asked for: it costs nothing
@@ -605,7 +595,8 @@ bool postedHolds(Runner& r, const Statement& s, std::string* seen) {
 
 bool sentHolds(Runner& r, const Statement& s, std::string* seen) {
   for (const Event* e : windowOf(r, "sent")) {
-    if (e->process == s.predicateArgs[0] && firstWord(e->details) == s.predicateArgs[1]) return true;
+    if (e->process == s.predicateArgs[0] && firstWord(e->details) == s.predicateArgs[1])
+      return true;
   }
   *seen = s.predicateArgs[0] + " did not send " + s.predicateArgs[1] + " in this window";
   return false;
@@ -614,7 +605,8 @@ bool sentHolds(Runner& r, const Statement& s, std::string* seen) {
 bool logHolds(Runner& r, const Statement& s, std::string* seen) {
   const std::string& text = s.predicateArgs[0];
   for (const Event* e : r.device().log().window()) {
-    if ((e->process + " " + e->kind + " " + e->details).find(text) != std::string::npos) return true;
+    if ((e->process + " " + e->kind + " " + e->details).find(text) != std::string::npos)
+      return true;
   }
   *seen = "no event of this window contains \"" + text + "\"";
   return false;
@@ -660,8 +652,8 @@ bool launchedHolds(Runner& r, const Statement& s, std::string* seen) {
     if (e->details == s.predicateArgs[0]) return true;
     fronts += (fronts.empty() ? "" : ", ") + e->details;
   }
-  *seen = fronts.empty() ? "nothing came to the front in this window"
-                         : "came to the front: " + fronts;
+  *seen =
+      fronts.empty() ? "nothing came to the front in this window" : "came to the front: " + fronts;
   return false;
 }
 
@@ -723,7 +715,8 @@ bool summaryHolds(Runner& r, const Statement& s, std::string* seen) {
     return false;
   }
   *seen = "the summary reads " + message->asString();
-  return s.predicateArgs.empty() || message->asString().find(s.predicateArgs[0]) != std::string::npos;
+  return s.predicateArgs.empty() ||
+         message->asString().find(s.predicateArgs[0]) != std::string::npos;
 }
 
 // siri / editing: SpringBoard answers the query of that name.
@@ -1062,8 +1055,7 @@ const std::vector<PredicateSpec>& predicates() {
       {"pane", 1, 1, "pane ID",
        "the Settings app shows the pane whose specifier id is ID on top (root: the list)",
        paneHolds},
-      {"switch", 2, 2, "switch ID on|off", "the switch of that row shows on or off",
-       switchHolds},
+      {"switch", 2, 2, "switch ID on|off", "the switch of that row shows on or off", switchHolds},
       {"airplane", 1, 1, "airplane on|off", "the device's airplane mode", airplaneHolds},
       {"shown", 2, 2, "shown BUNDLE-ID N",
        "the notification list in view (the notification list while it shows, else the lock "
@@ -1107,7 +1099,8 @@ std::optional<ParseError> validateScenario(const Scenario& scenario) {
     }
     if (s.kind == Statement::Kind::kExpect) {
       const PredicateSpec* p = predicateSpec(s.predicate);
-      if (p == nullptr) return fail("unknown predicate '" + s.predicate + "' (see kavelin-sim help)");
+      if (p == nullptr)
+        return fail("unknown predicate '" + s.predicate + "' (see kavelin-sim help)");
       int n = static_cast<int>(s.predicateArgs.size());
       if (n < p->minArgs || (p->maxArgs >= 0 && n > p->maxArgs)) {
         return fail("expected " + std::string(p->usage));
@@ -1144,9 +1137,9 @@ std::optional<ParseError> validateScenario(const Scenario& scenario) {
           s.predicateArgs[0] != "hidden") {
         return fail("expected " + std::string(p->usage));
       }
-      if (s.predicate == "file" && ((n == 2 && s.predicateArgs[1] != "exists") ||
-                                    (n == 3 && s.predicateArgs[1] != "contains" &&
-                                     s.predicateArgs[1] != "matches"))) {
+      if (s.predicate == "file" &&
+          ((n == 2 && s.predicateArgs[1] != "exists") ||
+           (n == 3 && s.predicateArgs[1] != "contains" && s.predicateArgs[1] != "matches"))) {
         return fail("expected " + std::string(p->usage));
       }
       if (s.predicate == "file" && n == 3 && s.predicateArgs[1] == "matches") {
@@ -1236,10 +1229,11 @@ double wallSeconds() {
 
 }  // namespace
 
-int runPromptCycles(int count, int every, const std::string& deviceLine, const RunOptions& options) {
+int runPromptCycles(int count, int every, const std::string& deviceLine,
+                    const RunOptions& options) {
   constexpr const char* kApp = "com.apple.MobileSMS";
-  std::string text = "device " + deviceLine + "\nprefs protected [\"" + kApp +
-                     "\"]\nprefs passcode \"1234\"\n";
+  std::string text =
+      "device " + deviceLine + "\nprefs protected [\"" + kApp + "\"]\nprefs passcode \"1234\"\n";
   auto parsed = parseScenario(text, "--device");
   if (auto* error = std::get_if<ParseError>(&parsed)) {
     std::fprintf(stderr, "kavelin-sim prompt-cycles: %s\n", error->message.c_str());
@@ -1312,11 +1306,12 @@ class StepRunner::Impl : public Runner {
   std::string file;
 };
 
-StepRunner::StepRunner(const RunOptions& options, std::string file)
-    : impl_(new Impl(options)) {
+StepRunner::StepRunner(const RunOptions& options, std::string file) : impl_(new Impl(options)) {
   impl_->file = std::move(file);
 }
-StepRunner::~StepRunner() { delete impl_; }
+StepRunner::~StepRunner() {
+  delete impl_;
+}
 
 bool StepRunner::step(const Statement& statement, std::string* failure) {
   Scenario one{impl_->file, {statement}};
@@ -1327,9 +1322,13 @@ bool StepRunner::step(const Statement& statement, std::string* failure) {
   return impl_->step(statement, failure);
 }
 
-Device* StepRunner::device() { return impl_->existingDevice(); }
+Device* StepRunner::device() {
+  return impl_->existingDevice();
+}
 
-std::string StepRunner::finish() { return impl_->end(); }
+std::string StepRunner::finish() {
+  return impl_->end();
+}
 
 bool runScenario(const Scenario& scenario, const RunOptions& options) {
   Runner runner(options);
@@ -1405,11 +1404,11 @@ std::string helpText() {
     std::string process = a.process == std::string("*")     ? "PROCESS"
                           : a.process == std::string("app") ? "BUNDLE-ID"
                                                             : a.process;
-    out += "  " + process + ": " +
-           a.usage + "\n      " + a.help + "\n";
+    out += "  " + process + ": " + a.usage + "\n      " + a.help + "\n";
   }
   out += "\npredicates:\n";
-  for (const auto& p : predicates()) out += "  " + std::string(p.usage) + "\n      " + p.help + "\n";
+  for (const auto& p : predicates())
+    out += "  " + std::string(p.usage) + "\n      " + p.help + "\n";
   out += "\ndevice profiles (ios VERSION):\n ";
   for (const auto& p : osProfiles()) out += " " + std::string(p.version);
   out += "\n  iphone or ipad; touchid, faceid (iOS 11) or none\n";

@@ -14,11 +14,11 @@ namespace kv::sim {
 class Device;
 
 struct RunOptions {
-  std::string hostPath;     // the kavelin-host executable
-  std::string libraryPath;  // libkavelin.so
+  std::string hostPath;           // the kavelin-host executable
+  std::string libraryPath;        // libkavelin.so
   std::string privateLibraryDir;  // where the private-function libraries are
-  bool json = false;        // print the event log as JSON instead of a timeline
-  int hostTimeoutMs = 20000;  // wall time a host may take for one command
+  bool json = false;              // print the event log as JSON instead of a timeline
+  int hostTimeoutMs = 20000;      // wall time a host may take for one command
   std::FILE* out = stdout;
   render::Album* album = nullptr;  // where `snapshot` pictures go; none: they are not taken
   double pictureScale = 0;         // pixels a point of those pictures; 0: the device's own

@@ -43,7 +43,9 @@ struct Statement {
     kAdvance,
     kMark,
     kExpect,
-    kMissing, kBundle, kExtension,
+    kMissing,
+    kBundle,
+    kExtension,
     kSnapshot,
     kRespring,
     kKill,
@@ -55,11 +57,11 @@ struct Statement {
 
   DeviceSpec device;  // kDevice
 
-  std::string key;        // kPrefs, kPrefsDelete: the preference key; kFile: the path
-  platform::Value value;  // kPrefs, kFile
+  std::string key;             // kPrefs, kPrefsDelete: the preference key; kFile: the path
+  platform::Value value;       // kPrefs, kFile
   std::vector<uint8_t> bytes;  // kFileRaw
 
-  std::string name;               // kNotify: the notification; kWifi: the BSSID; kSnapshot: its name
+  std::string name;  // kNotify: the notification; kWifi: the BSSID; kSnapshot: its name
   std::optional<uint64_t> state;  // kNotify
   std::string ssid;               // kWifi, kWifiKnown: empty when not given
   std::string password;           // kWifi, kWifiKnown: the stored password, empty when none

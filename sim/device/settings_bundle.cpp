@@ -39,8 +39,10 @@ constexpr Text kTexts[] = {
 
 // Marketing names by machine identifier, for the exception log's device line.
 constexpr Text kDevices[] = {
-    {"iPhone5,2", "iPhone 5"},         {"iPhone8,1", "iPhone 6s"},
-    {"iPhone10,3", "iPhone X"},        {"iPad6,3", "iPad Pro (9.7-inch)"},
+    {"iPhone5,2", "iPhone 5"},
+    {"iPhone8,1", "iPhone 6s"},
+    {"iPhone10,3", "iPhone X"},
+    {"iPad6,3", "iPad Pro (9.7-inch)"},
 };
 
 // The images the prompt and the summary notification load by name.
@@ -79,17 +81,19 @@ bool writeBundle(const std::filesystem::path& dir) {
   std::error_code ec;
   std::filesystem::create_directories(dir / "en.lproj", ec);
   bool ok = !ec;
-  ok &= writePlistFile((dir / "Info.plist").string(),
-                       Value::dictionary({{"CFBundleIdentifier", Value::string("net.quorvan.kavelinprefs")},
-                                          {"CFBundleName", Value::string("KavelinPrefs")},
-                                          {"CFBundleDevelopmentRegion", Value::string("en")}}),
-                       PlistFormat::kXml);
+  ok &= writePlistFile(
+      (dir / "Info.plist").string(),
+      Value::dictionary({{"CFBundleIdentifier", Value::string("net.quorvan.kavelinprefs")},
+                         {"CFBundleName", Value::string("KavelinPrefs")},
+                         {"CFBundleDevelopmentRegion", Value::string("en")}}),
+      PlistFormat::kXml);
   std::string strings;
   for (const auto& t : kTexts) strings += "\"" + std::string(t.key) + "\" = \"" + t.text + "\";\n";
   ok &= writeBytes(dir / "en.lproj" / "Localizable.strings", strings);
   Value::Dictionary devices;
   for (const auto& d : kDevices) devices[d.key] = Value::string(d.text);
-  ok &= writePlistFile((dir / "devices.plist").string(), Value::dictionary(devices), PlistFormat::kXml);
+  ok &= writePlistFile((dir / "devices.plist").string(), Value::dictionary(devices),
+                       PlistFormat::kXml);
   for (const char* image : kImages) {
     ok &= writeBytes(dir / (std::string(image) + ".png"), imagePng(image, 1));
     ok &= writeBytes(dir / (std::string(image) + "@2x.png"), imagePng(image, 2));

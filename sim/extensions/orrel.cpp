@@ -30,9 +30,9 @@ void showSwitcher(id self, SEL) {
   if (platform::send<id>(view, Sel("window")) != nullptr) return;
   if (!window()) {
     id screen = platform::sendClass<id>(platform::classNamed("UIScreen"), Sel("mainScreen"));
-    window() = platform::Retained::adopt(platform::send<id>(
-        platform::sendClass<id>(platform::classNamed("UIWindow"), Sel("alloc")),
-        Sel("initWithFrame:"), platform::send<CGRect>(screen, Sel("bounds"))));
+    window() = platform::Retained::adopt(
+        platform::send<id>(platform::sendClass<id>(platform::classNamed("UIWindow"), Sel("alloc")),
+                           Sel("initWithFrame:"), platform::send<CGRect>(screen, Sel("bounds"))));
   }
   platform::send<void>(window().get(), Sel("addSubview:"), view);
   platform::send<void>(window().get(), Sel("makeKeyAndVisible"));
@@ -89,10 +89,10 @@ Value tapAction(const host::ActionRequest& request, std::string* error) {
 }
 
 __attribute__((constructor)) void loadOrrel() {
-  defineClass("OrrelSwitcherController", "UIViewController",
-              {{"showSwitcher", imp(showSwitcher), "v@:"},
-               {"hideSwitcher", imp(hideSwitcher), "v@:"}},
-              {{"sharedInstance", imp(sharedController), "@@:"}});
+  defineClass(
+      "OrrelSwitcherController", "UIViewController",
+      {{"showSwitcher", imp(showSwitcher), "v@:"}, {"hideSwitcher", imp(hideSwitcher), "v@:"}},
+      {{"sharedInstance", imp(sharedController), "@@:"}});
   defineClass("OrrelBarView", "NSObject", {{"iconTapped:", imp(iconTapped), "v@:@"}},
               {{"sharedInstance", imp(sharedBar), "@@:"}});
   host::registerAction("orrel-open", openAction);

@@ -43,8 +43,8 @@ std::map<id, std::string>& iconApps() {
 }
 
 CGRect screenBounds() {
-  return send<CGRect>(
-      platform::sendClass<id>(platform::classNamed("UIScreen"), Sel("mainScreen")), Sel("bounds"));
+  return send<CGRect>(platform::sendClass<id>(platform::classNamed("UIScreen"), Sel("mainScreen")),
+                      Sel("bounds"));
 }
 
 std::vector<id> subviews(id view) {
@@ -75,8 +75,9 @@ id listInitWithFrame(id self, SEL cmd, CGRect frame) {
   if (self == nullptr) return nullptr;
   double x = kIconSpacing - kIconSize;
   for (const auto& app : quickSwitcher().recents) {
-    id icon = send<id>(platform::sendClass<id>(platform::classNamed("VeskelIconView"), Sel("alloc")),
-                       Sel("initWithFrame:"), platform::makeRect(x, 100, kIconSize, kIconSize));
+    id icon =
+        send<id>(platform::sendClass<id>(platform::classNamed("VeskelIconView"), Sel("alloc")),
+                 Sel("initWithFrame:"), platform::makeRect(x, 100, kIconSize, kIconSize));
     if (icon == nullptr) continue;
     iconApps()[icon] = app;
     send<void>(icon, Sel("addTarget:action:forControlEvents:"), self, Sel("iconTapped:"),
@@ -134,10 +135,10 @@ void presentQuickSwitcher(id, SEL) {
         send<id>(platform::sendClass<id>(platform::classNamed("UIWindow"), Sel("alloc")),
                  Sel("initWithFrame:"), screenBounds()));
   }
-  s.list = Retained::adopt(send<id>(
-      platform::sendClass<id>(platform::classNamed("VeskelQuickSwitcherIconListView"),
-                              Sel("alloc")),
-      Sel("initWithFrame:"), screenBounds()));
+  s.list = Retained::adopt(
+      send<id>(platform::sendClass<id>(platform::classNamed("VeskelQuickSwitcherIconListView"),
+                                       Sel("alloc")),
+               Sel("initWithFrame:"), screenBounds()));
   if (!s.list) return;
   send<void>(s.window.get(), Sel("addSubview:"), s.list.get());
   send<void>(s.window.get(), Sel("makeKeyAndVisible"));

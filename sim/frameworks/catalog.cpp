@@ -878,7 +878,8 @@ bool addCatalogued(host::ClassBuilder& builder, const char* method, IMP imp) {
 }
 
 bool loadsLate(const char* className) {
-  return system().passKitLate && inProcess("SpringBoard") && std::string_view(className).substr(0, 2) == "PK";
+  return system().passKitLate && inProcess("SpringBoard") &&
+         std::string_view(className).substr(0, 2) == "PK";
 }
 
 void defineCatalog() {

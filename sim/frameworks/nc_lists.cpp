@@ -255,8 +255,8 @@ Value tapSummaryAction(const host::ActionRequest&, std::string* error) {
     id r = platform::arrayObjectAt(recognizers, i);
     if (platform::isKindOf(r, "UITapGestureRecognizer")) taps.emplace_back(r);
   }
-  host::logEvent("notification", "tapped the summary (its cell has " +
-                                     std::to_string(taps.size()) + " tap recognizers)");
+  host::logEvent("notification", "tapped the summary (its cell has " + std::to_string(taps.size()) +
+                                     " tap recognizers)");
   if (taps.empty()) {
     send<void>(lockScreenList(), kPerformAction, cell, id{nullptr}, request, id{nullptr});
   }

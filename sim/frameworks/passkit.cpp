@@ -185,9 +185,9 @@ ClassBuilder& addGlyphMethods(ClassBuilder& cls) {
       .instance("_setPrimaryColor:animated:", imp(setPrimaryColorAnimated), "v@:@C")
       .instance("_setSecondaryColor:animated:", imp(setSecondaryColorAnimated), "v@:@C")
       .instance("_primaryColorForStyle:mode:", imp(primaryForStyle),
-                   typesOf(primaryForStyle).c_str())
+                typesOf(primaryForStyle).c_str())
       .instance("_secondaryColorForStyle:mode:", imp(secondaryForStyle),
-                   typesOf(secondaryForStyle).c_str());
+                typesOf(secondaryForStyle).c_str());
 }
 
 }  // namespace
@@ -204,7 +204,8 @@ bool gPassKitLoaded = false;
 bool isPassKitBundle(id bundle) {
   std::string path = platform::toString(send<id>(bundle, Sel("bundlePath")));
   std::string_view suffix(kPassKitBundle);
-  return path.size() >= suffix.size() && path.compare(path.size() - suffix.size(), suffix.size(), suffix) == 0;
+  return path.size() >= suffix.size() &&
+         path.compare(path.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
 void definePassKitClasses();
 BOOL bundleLoad(id self, SEL cmd) {
@@ -219,7 +220,8 @@ BOOL bundleLoad(id self, SEL cmd) {
   return 1;
 }
 BOOL bundleIsLoaded(id self, SEL cmd) {
-  if (!isPassKitBundle(self)) return reinterpret_cast<BOOL (*)(id, SEL)>(gBundleIsLoaded)(self, cmd);
+  if (!isPassKitBundle(self))
+    return reinterpret_cast<BOOL (*)(id, SEL)>(gBundleIsLoaded)(self, cmd);
   return gPassKitLoaded ? 1 : 0;
 }
 void loadPassKitLater() {

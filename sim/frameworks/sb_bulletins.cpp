@@ -35,7 +35,8 @@ constexpr long kLockScreenOrigin = 1;
 // The same as iOS 11's launch origins.
 constexpr const char* kNotificationCenterDestination = "BulletinDestinationNotificationCenter";
 constexpr const char* kLockScreenDestination = "BulletinDestinationLockScreen";
-constexpr unsigned long long kEveryFeed = 0xffff;  // lock screen, banner, notification centre, sound
+constexpr unsigned long long kEveryFeed =
+    0xffff;  // lock screen, banner, notification centre, sound
 
 // The user agent's bulletin launch of each version, newest first.
 constexpr const char* kLaunchWithResponse =

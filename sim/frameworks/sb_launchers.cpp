@@ -124,9 +124,9 @@ Value lockCameraAction(const host::ActionRequest&, std::string* error) {
   }
   host::logEvent("camera", "lock-screen camera asked for");
   if (id dashBoard = sharedOf("SBDashBoardViewController")) {
-    const char* selector =
-        platform::respondsTo(dashBoard, Sel("_activateCameraAnimated:")) ? "_activateCameraAnimated:"
-                                                                          : "activateCameraAnimated:";
+    const char* selector = platform::respondsTo(dashBoard, Sel("_activateCameraAnimated:"))
+                               ? "_activateCameraAnimated:"
+                               : "activateCameraAnimated:";
     send<void>(dashBoard, Sel(selector), BOOL{1});
     return {};
   }

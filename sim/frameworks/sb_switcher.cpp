@@ -39,12 +39,12 @@ constexpr long kHomeButtonSource = 1;  // the switcher asked for by a double pre
 constexpr const char* kLayoutItemsKey = "SBDisplayLayoutDisplayItemsPlistKey";
 constexpr const char* kItemIdentifierKey = "SBDisplayItemDisplayIdentifierPlistKey";
 
-constexpr Integer kGestureBegan = 1;      // UIGestureRecognizerStateBegan
-constexpr Integer kGestureChanged = 2;    // UIGestureRecognizerStateChanged
-constexpr Integer kGestureEnded = 3;      // UIGestureRecognizerStateEnded
-constexpr Integer kHomeScreenMode = 1;    // a layout's environment: the home screen
-constexpr Integer kSwitcherMode = 2;      // the switcher
-constexpr Integer kApplicationMode = 3;   // an app
+constexpr Integer kGestureBegan = 1;     // UIGestureRecognizerStateBegan
+constexpr Integer kGestureChanged = 2;   // UIGestureRecognizerStateChanged
+constexpr Integer kGestureEnded = 3;     // UIGestureRecognizerStateEnded
+constexpr Integer kHomeScreenMode = 1;   // a layout's environment: the home screen
+constexpr Integer kSwitcherMode = 2;     // the switcher
+constexpr Integer kApplicationMode = 3;  // an app
 
 struct ItemState {
   std::string bundle;
@@ -139,8 +139,8 @@ void tellReturnItem() {
   id main = sharedOf("SBMainSwitcherViewController");
   stateOf<MainSwitcherState>(main).returnItem.reset();
   const std::string& front = springBoard().front;
-  if (front == "home" || !cataloguedHere("SBMainSwitcherViewController",
-                                         "-_setReturnToDisplayItem:")) {
+  if (front == "home" ||
+      !cataloguedHere("SBMainSwitcherViewController", "-_setReturnToDisplayItem:")) {
     return;
   }
   send<void>(main, Sel("_setReturnToDisplayItem:"), itemFor("SBDisplayItem", front));
@@ -425,10 +425,10 @@ Value swipeUpAction(const host::ActionRequest&, std::string* error) {
   }
   static auto* recognizer = new Retained();
   if (!*recognizer) {
-    id allocated = platform::sendClass<id>(platform::classNamed("UIPanGestureRecognizer"),
-                                           Sel("alloc"));
-    *recognizer = Retained::adopt(send<id>(allocated, Sel("initWithTarget:action:"), id{nullptr},
-                                           static_cast<SEL>(nullptr)));
+    id allocated =
+        platform::sendClass<id>(platform::classNamed("UIPanGestureRecognizer"), Sel("alloc"));
+    *recognizer = Retained::adopt(
+        send<id>(allocated, Sel("initWithTarget:action:"), id{nullptr}, static_cast<SEL>(nullptr)));
   }
   id gesture = recognizer->get();
   id manager = sharedOf("SBSystemGestureManager");
@@ -486,7 +486,8 @@ void defineFluidSwitcher() {
   element.build();
   // The workspace's requests, built before, carry the fluid switcher's context.
   Class request = platform::classNamed("SBMainWorkspaceTransitionRequest");
-  if (request != nullptr && cataloguedHere("SBMainWorkspaceTransitionRequest", "-applicationContext"))
+  if (request != nullptr &&
+      cataloguedHere("SBMainWorkspaceTransitionRequest", "-applicationContext"))
     class_addMethod(request, Sel("applicationContext"), imp(requestApplicationContext), "@@:");
 }
 
@@ -556,7 +557,8 @@ void defineSpringBoardSwitcher() {
   if (cataloguedHere("SBSwitcherForcePressSystemGestureTransaction")) gesture.build();
 
   defineSwitcherCards();
-  if (cataloguedHere("SBSwitcherContainerView")) ClassBuilder("SBSwitcherContainerView", "UIView").build();
+  if (cataloguedHere("SBSwitcherContainerView"))
+    ClassBuilder("SBSwitcherContainerView", "UIView").build();
   if (platform::classNamed("UIPanGestureRecognizer") == nullptr)
     ClassBuilder("UIPanGestureRecognizer", "UIGestureRecognizer").build();
   ClassBuilder gestures("SBSystemGestureManager", "NSObject");

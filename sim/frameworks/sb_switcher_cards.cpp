@@ -47,8 +47,8 @@ struct CardState {
 };
 
 struct Cards {
-  std::vector<Retained> reusable;    // iOS 11's pool: the containers, each holding its card
-  std::vector<Retained> shown;       // the cards of the switcher now, in its order
+  std::vector<Retained> reusable;  // iOS 11's pool: the containers, each holding its card
+  std::vector<Retained> shown;     // the cards of the switcher now, in its order
 };
 Cards& cards() {
   static auto* c = new Cards();
@@ -251,7 +251,7 @@ Looks looksOf(id view) {
     return Looks{shows.rfind("launch image", 0) == 0, false, "shows " + shows};
   }
   Looks looks = platform::isKindOf(view, "SBAppSwitcherReusableSnapshotView") ? blurCover(view)
-                                                                             : blurredCopy(view);
+                                                                              : blurredCopy(view);
   if (!looks.covered) {
     id image = send<id>(card(view).imageView.get(), Sel("image"));
     looks.details = "shows " + imageDrawingOf(image);
@@ -309,10 +309,9 @@ id snapshotCard(size_t i, const std::string& bundle) {
                                     s.size.width * 0.6, s.size.height * 0.6);
   id view = newView("SBAppSwitcherSnapshotView", frame);
   card(view).bundle = bundle;
-  Retained imageView = Retained::adopt(
-      send<id>(platform::sendClass<id>(platform::classNamed("SBSwitcherSnapshotImageView"),
-                                       Sel("alloc")),
-               Sel("initWithImage:"), snapshotImage(bundle)));
+  Retained imageView = Retained::adopt(send<id>(
+      platform::sendClass<id>(platform::classNamed("SBSwitcherSnapshotImageView"), Sel("alloc")),
+      Sel("initWithImage:"), snapshotImage(bundle)));
   send<void>(view, Sel("addSubview:"), imageView.get());
   card(view).imageView = imageView;
   // Told it is being presented where the platform tells it so (through iOS 9).
@@ -409,8 +408,8 @@ void defineSwitcherCards() {
   addCatalogued(slider, "-application", imp(sliderApplication));
   addCatalogued(slider, "-_snapshotInfoForDefaultPNG", imp(sliderDefaultInfo));
   addCatalogued(slider, "-_cachedImageForImageInfos:foundInfo:", imp(cachedImage));
-  addCatalogued(slider, "-_cachedImageForImageInfos:downscaled:foundInfo:",
-                imp(cachedImageDownscaled));
+  addCatalogued(slider,
+                "-_cachedImageForImageInfos:downscaled:foundInfo:", imp(cachedImageDownscaled));
   addCatalogued(slider, "-_defaultImageforImageInfo:", imp(defaultImage));
   addCatalogued(slider, "-_cgImageForSnapshotInfo:", imp(cgImage));
   addCatalogued(slider, "-_cgImageForSnapshotInfo:downscaled:", imp(cgImageDownscaled));

@@ -1,12 +1,12 @@
 // SpringBoard's classes, defined in dependency order; the classes that
 // several modules give methods to (the application object, the UI
 // controller, the main workspace, the user agent); and SpringBoard's start.
-#include "sim/frameworks/notification_center.h"
 #include "sim/frameworks/springboard.h"
 
 #include "platform/functions.h"
 #include "platform/runtime.h"
 #include "sim/frameworks/catalog.h"
+#include "sim/frameworks/notification_center.h"
 #include "sim/frameworks/system.h"
 #include "sim/host/classes.h"
 #include "sim/host/link.h"

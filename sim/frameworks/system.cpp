@@ -31,6 +31,8 @@ bool atLeast(int major, int minor) {
   return s.major > major || (s.major == major && s.minor >= minor);
 }
 
-bool inProcess(const char* process) { return system().process == process; }
+bool inProcess(const char* process) {
+  return system().process == process;
+}
 
 }  // namespace kv::sim::frameworks

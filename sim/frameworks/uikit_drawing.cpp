@@ -182,7 +182,8 @@ void defineUIKitDrawing() {
   class_addMethod(platform::metaclassOf(image), Sel("imageWithCIImage:"), imp(imageWithCIImage),
                   "@@:@");
   ClassBuilder("CIImage", "NSObject")
-      .classMethod("imageWithCGImage:", imp(ciImageWithCGImage), typesOf(ciImageWithCGImage).c_str())
+      .classMethod("imageWithCGImage:", imp(ciImageWithCGImage),
+                   typesOf(ciImageWithCGImage).c_str())
       .instance("extent", imp(ciImageExtent), typesOf(ciImageExtent).c_str())
       .instance("imageByCroppingToRect:", imp(ciImageCropped), typesOf(ciImageCropped).c_str())
       .build();

@@ -53,7 +53,8 @@ const char* bareType(const char* type) {
 // Stores `v` into `buffer` as the encoded type; false when they do not fit.
 bool packArgument(const char* type, const Value& v, unsigned char* buffer, std::string* error) {
   auto integer = [&](auto zero) {
-    auto x = static_cast<decltype(zero)>(v.kind() == Value::Kind::kBool ? v.asBool() : v.asInteger());
+    auto x =
+        static_cast<decltype(zero)>(v.kind() == Value::Kind::kBool ? v.asBool() : v.asInteger());
     std::memcpy(buffer, &x, sizeof x);
     return v.kind() == Value::Kind::kInteger || v.kind() == Value::Kind::kBool ||
            v.kind() == Value::Kind::kReal;
@@ -93,9 +94,7 @@ bool packArgument(const char* type, const Value& v, unsigned char* buffer, std::
     case '^':  // a pointer or block: only null can be written in JSON
       std::memset(buffer, 0, sizeof(void*));
       return v.isNone();
-    default:
-      *error = std::string("cannot pass an argument of type ") + type;
-      return false;
+    default: *error = std::string("cannot pass an argument of type ") + type; return false;
   }
 }
 
@@ -225,9 +224,13 @@ Value::Dictionary runAction(const Value& command) {
 
 }  // namespace
 
-void registerAction(const std::string& name, Action action) { actions()[name] = std::move(action); }
+void registerAction(const std::string& name, Action action) {
+  actions()[name] = std::move(action);
+}
 
-void registerQuery(const std::string& name, Query query) { queries()[name] = std::move(query); }
+void registerQuery(const std::string& name, Query query) {
+  queries()[name] = std::move(query);
+}
 
 void registerCoreCommands() {
   onCommand("run", [](const Value&) {

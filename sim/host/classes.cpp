@@ -39,8 +39,7 @@ Class ClassBuilder::build() {
   }
   for (const auto& m : methods_) {
     Class target = m.classSide ? platform::metaclassOf(cls) : cls;
-    class_addMethod(target, platform::selector(m.selector.c_str()), m.imp,
-                    m.types.c_str());
+    class_addMethod(target, platform::selector(m.selector.c_str()), m.imp, m.types.c_str());
   }
   objc_registerClassPair(cls);
   return cls;

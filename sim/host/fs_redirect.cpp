@@ -5,8 +5,6 @@
 
 #include "sim/host/fs_redirect.h"
 
-#include "sim/common/device_paths.h"
-
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fcntl.h>
@@ -26,6 +24,8 @@
 #include <cstring>
 #include <stdexcept>
 #include <string_view>
+
+#include "sim/common/device_paths.h"
 
 // Entry points of older binaries and of fortified callers, which glibc's headers no longer or
 // only conditionally declare.

@@ -13,7 +13,6 @@
 
 #include "platform/foundation.h"
 #include "sim/frameworks/frameworks.h"
-#include "sim/render/host/capture.h"
 #include "sim/host/actions.h"
 #include "sim/host/blocks.h"
 #include "sim/host/fs_redirect.h"
@@ -21,6 +20,7 @@
 #include "sim/host/link.h"
 #include "sim/host/profile.h"
 #include "sim/host/run_loop.h"
+#include "sim/render/host/capture.h"
 
 namespace kv::sim::host {
 void defineMessagingCenter();
@@ -51,8 +51,10 @@ Value::Dictionary hello(const Value& command) {
   kv::platform::AutoreleasePool pool;
   host::applyProfile();
   host::installBlockClasses();
-  for (const auto& problem : host::installVirtualTime()) host::logEvent("error", "clock: " + problem);
-  for (const auto& problem : host::installBlockArguments()) host::logEvent("error", "invocations: " + problem);
+  for (const auto& problem : host::installVirtualTime())
+    host::logEvent("error", "clock: " + problem);
+  for (const auto& problem : host::installBlockArguments())
+    host::logEvent("error", "invocations: " + problem);
   host::defineMessagingCenter();
   host::defineProbe();
   kv::sim::frameworks::defineFrameworks();
@@ -113,8 +115,8 @@ int runHost(int argc, char** argv, std::function<void()> beforeLibraryLoads) {
       Class cls = objc_getClass(m.substr(0, space).c_str());
       if (cls == nullptr) continue;
       SEL sel = sel_registerName(m.substr(space + 2).c_str());
-      Method method = m[space + 1] == '+' ? class_getClassMethod(cls, sel)
-                                          : class_getInstanceMethod(cls, sel);
+      Method method =
+          m[space + 1] == '+' ? class_getClassMethod(cls, sel) : class_getInstanceMethod(cls, sel);
       if (method != nullptr) out[m] = Value::string(method_getTypeEncoding(method));
     }
     return Value::dictionary(std::move(out));

@@ -15,7 +15,9 @@ Channel*& channelSlot() {
   static Channel* c = new Channel();
   return c;
 }
-Channel& channel() { return *channelSlot(); }
+Channel& channel() {
+  return *channelSlot();
+}
 
 std::map<std::string, CommandHandler>& handlers() {
   static auto* table = new std::map<std::string, CommandHandler>();
@@ -51,7 +53,9 @@ void attachToDevice(int fd) {
   delete channelSlot();
   channelSlot() = new Channel(fd);
 }
-bool attached() { return channel().fd() >= 0; }
+bool attached() {
+  return channel().fd() >= 0;
+}
 
 void report(const char* op, Value::Dictionary fields) {
   if (!attached()) return;
@@ -77,10 +81,16 @@ Value request(const char* op, Value::Dictionary fields) {
   }
 }
 
-void onCommand(const std::string& op, CommandHandler handler) { handlers()[op] = std::move(handler); }
+void onCommand(const std::string& op, CommandHandler handler) {
+  handlers()[op] = std::move(handler);
+}
 
-const std::string& processName() { return name(); }
-void setProcessName(std::string n) { name() = std::move(n); }
+const std::string& processName() {
+  return name();
+}
+void setProcessName(std::string n) {
+  name() = std::move(n);
+}
 
 void serve() {
   for (;;) {

@@ -2,9 +2,8 @@
 // provides them: Darwin notify and the Darwin notification centre,
 // preferences, the main dispatch queue, the clock, the dynamic loader's
 // image callbacks, the I/O registry, process spawning and the system log.
-#include <sys/stat.h>
-
 #include <spawn.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <sys/utsname.h>
 #include <unistd.h>
@@ -112,8 +111,8 @@ void loadDomain(const std::string& name, Domain& d) {
   // device; the line says which domain, once for each version of the file.
   using Status = kv::sim::PlistReading::Status;
   if (reading.status == Status::kCorrupt || (reading.status == Status::kRead && !dictionary)) {
-    std::string why = reading.status == Status::kCorrupt ? reading.problem
-                                                          : "its top object is not a dictionary";
+    std::string why =
+        reading.status == Status::kCorrupt ? reading.problem : "its top object is not a dictionary";
     host::logEvent("prefs", name + ": unreadable preferences file (" + why + "), read as empty");
   }
 }
@@ -207,8 +206,8 @@ CFNotificationCenterRef CFNotificationCenterGetDarwinNotifyCenter(void) {
 }
 
 void CFNotificationCenterAddObserver(CFNotificationCenterRef, const void* observer,
-                                     CFNotificationCallback callBack, CFStringRef name,
-                                     const void*, CFNotificationSuspensionBehavior) {
+                                     CFNotificationCallback callBack, CFStringRef name, const void*,
+                                     CFNotificationSuspensionBehavior) {
   auto n = kv::platform::stringOf(kv::platform::ns(name));
   if (callBack == nullptr || !n) return;
   darwinObservers().push_back({observer, callBack, *n});
@@ -250,7 +249,8 @@ CFPropertyListRef CFPreferencesCopyAppValue(CFStringRef key, CFStringRef applica
   Retained& kept = d.objects[*k];
   if (!kept) {
     kv::platform::AutoreleasePool pool;
-    kept = Retained::adopt(kv::platform::send<id>(kv::platform::makeObject(it->second), Sel("copy")));
+    kept =
+        Retained::adopt(kv::platform::send<id>(kv::platform::makeObject(it->second), Sel("copy")));
   }
   return Retained(kept).take();  // the caller owns a reference to the value
 }
@@ -280,7 +280,9 @@ CFTypeRef CFRetain(CFTypeRef cf) {
   return cf;
 }
 
-CFAbsoluteTime CFAbsoluteTimeGetCurrent(void) { return host::now(); }
+CFAbsoluteTime CFAbsoluteTimeGetCurrent(void) {
+  return host::now();
+}
 
 // ---- The main dispatch queue on the virtual run loop ----
 
@@ -337,8 +339,8 @@ CFMutableDictionaryRef IOServiceMatching(const char* name) {
 
 io_service_t IOServiceGetMatchingService(mach_port_t, CFDictionaryRef matching) {
   if (matching == nullptr) return 0;
-  std::string name = kv::platform::toString(kv::platform::objectForKey(
-      kv::platform::ns(matching), "IOProviderClass"));
+  std::string name = kv::platform::toString(
+      kv::platform::objectForKey(kv::platform::ns(matching), "IOProviderClass"));
   CFRelease(matching);  // the call consumes one reference
   const auto& services = host::profile().ioServices;
   for (size_t i = 0; i < services.size(); ++i) {
@@ -347,7 +349,9 @@ io_service_t IOServiceGetMatchingService(mach_port_t, CFDictionaryRef matching) 
   return 0;
 }
 
-kern_return_t IOObjectRelease(io_object_t) { return 0; }
+kern_return_t IOObjectRelease(io_object_t) {
+  return 0;
+}
 
 // ---- Spawning: recorded, never run ----
 

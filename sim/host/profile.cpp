@@ -19,7 +19,9 @@ Profile& current() {
   return *p;
 }
 
-id osVersionString(id, SEL) { return platform::makeString(current().osVersionString); }
+id osVersionString(id, SEL) {
+  return platform::makeString(current().osVersionString);
+}
 
 id bundleIdentifier(id self, SEL cmd) {
   id main = platform::sendClass<id>(platform::classNamed("NSBundle"), Sel("mainBundle"));
@@ -60,8 +62,12 @@ Profile profileFrom(const Value& hello) {
   return p;
 }
 
-const Profile& profile() { return current(); }
-void setProfile(Profile p) { current() = std::move(p); }
+const Profile& profile() {
+  return current();
+}
+void setProfile(Profile p) {
+  current() = std::move(p);
+}
 
 void applyProfile() {
   platform::AutoreleasePool pool;

@@ -4,8 +4,8 @@
 #include <cmath>
 #include <map>
 #include <string>
-#include <vector>
 #include <utility>
+#include <vector>
 
 #include "platform/foundation.h"
 #include "platform/hook.h"
@@ -68,9 +68,13 @@ void classPerformAfterDelayInModes(id self, SEL, SEL selector, id argument, doub
 void cancelWithSelector(id, SEL, id target, SEL selector, id argument) {
   cancelPerforms(target, selector, argument, false);
 }
-void cancelAll(id, SEL, id target) { cancelPerforms(target, nullptr, nullptr, true); }
+void cancelAll(id, SEL, id target) {
+  cancelPerforms(target, nullptr, nullptr, true);
+}
 
-double referenceNow(id, SEL) { return now(); }
+double referenceNow(id, SEL) {
+  return now();
+}
 id dateInit(id self, SEL) {
   return send<id>(self, Sel("initWithTimeIntervalSinceReferenceDate:"), now());
 }
@@ -94,7 +98,8 @@ id initSinceNow(id self, SEL, double seconds) {
 // interval while it repeats and stays valid.
 void fireTimer(Retained timer);
 void scheduleTimer(const Retained& timer) {
-  double due = send<double>(send<id>(timer.get(), Sel("fireDate")), Sel("timeIntervalSinceReferenceDate"));
+  double due =
+      send<double>(send<id>(timer.get(), Sel("fireDate")), Sel("timeIntervalSinceReferenceDate"));
   scheduleAt(nanosFromSeconds(due), [timer] { fireTimer(timer); });
 }
 void fireTimer(Retained timer) {
@@ -113,13 +118,14 @@ void addTimer(id, SEL, id timer, id) {
 // Installed on the Foundation classes of this process.
 const platform::Row kVirtualTimeRows[] = {
     platform::replaced<&performAfterDelay>("NSObject", "-performSelector:withObject:afterDelay:"),
-    platform::replaced<&performAfterDelayInModes>("NSObject",
-                                                  "-performSelector:withObject:afterDelay:inModes:"),
-    platform::replaced<&classPerformAfterDelay>("NSObject", "+performSelector:withObject:afterDelay:"),
+    platform::replaced<&performAfterDelayInModes>(
+        "NSObject", "-performSelector:withObject:afterDelay:inModes:"),
+    platform::replaced<&classPerformAfterDelay>("NSObject",
+                                                "+performSelector:withObject:afterDelay:"),
     platform::replaced<&classPerformAfterDelayInModes>(
         "NSObject", "+performSelector:withObject:afterDelay:inModes:"),
-    platform::replaced<&cancelWithSelector>("NSObject",
-                                            "+cancelPreviousPerformRequestsWithTarget:selector:object:"),
+    platform::replaced<&cancelWithSelector>(
+        "NSObject", "+cancelPreviousPerformRequestsWithTarget:selector:object:"),
     platform::replaced<&cancelAll>("NSObject", "+cancelPreviousPerformRequestsWithTarget:"),
     platform::replaced<&referenceNow>("NSDate", "+timeIntervalSinceReferenceDate"),
     platform::replaced<&dateInit>("NSDate", "-init"),
@@ -133,11 +139,15 @@ const platform::Row kVirtualTimeRows[] = {
 
 }  // namespace
 
-int64_t nowNanos() { return gNow; }
+int64_t nowNanos() {
+  return gNow;
+}
 void setNowNanos(int64_t nanos) {
   if (nanos > gNow) gNow = nanos;
 }
-double now() { return static_cast<double>(gNow) / 1e9; }
+double now() {
+  return static_cast<double>(gNow) / 1e9;
+}
 
 int64_t nanosFromSeconds(double seconds) {
   if (!std::isfinite(seconds) || std::fabs(seconds) > 9e9) return gNow;
@@ -170,8 +180,8 @@ void cancelPerforms(id target, SEL selector, id argument, bool anySelector) {
   for (auto it = queue.begin(); it != queue.end();) {
     const Task& t = it->second;
     bool match = t.target.get() == target && t.selector != nullptr &&
-                 (anySelector || (sel_isEqual(t.selector, selector) &&
-                                  sameArgument(t.argument.get(), argument)));
+                 (anySelector ||
+                  (sel_isEqual(t.selector, selector) && sameArgument(t.argument.get(), argument)));
     it = match ? queue.erase(it) : std::next(it);
   }
 }

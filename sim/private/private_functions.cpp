@@ -29,15 +29,17 @@ CFTypeRef WiFiNetworkGetProperty(CFTypeRef network, CFStringRef property) {
 #if defined(KV_PROVIDE_WiFiNetworkCopyPassword)
 CFStringRef WiFiNetworkCopyPassword(CFTypeRef network) {
   id password = kv::platform::objectForKey(kv::platform::ns(network), "password");
-  kv::sim::host::logEvent("wifi", "password copied for " +
-                                      kv::platform::toString(kv::platform::objectForKey(
-                                          kv::platform::ns(network), "SSID_STR")));
+  kv::sim::host::logEvent(
+      "wifi", "password copied for " + kv::platform::toString(kv::platform::objectForKey(
+                                           kv::platform::ns(network), "SSID_STR")));
   return kv::platform::cf(kv::platform::Retained(password).take());
 }
 #endif
 
 #if defined(KV_PROVIDE_FigVibratorInitialize)
-void FigVibratorInitialize(void) { kv::sim::host::logEvent("vibrator", "initialized"); }
+void FigVibratorInitialize(void) {
+  kv::sim::host::logEvent("vibrator", "initialized");
+}
 #endif
 
 #if defined(KV_PROVIDE_FigVibratorPlayVibrationWithDictionary)

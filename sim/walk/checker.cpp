@@ -68,7 +68,7 @@ void Checker::before(const Statement& s) {
     case K::kDevice:
       biometrics_ = s.device.biometrics == DeviceSpec::Biometrics::kNone     ? "none"
                     : s.device.biometrics == DeviceSpec::Biometrics::kFaceId ? "faceid"
-                                                                              : "touchid";
+                                                                             : "touchid";
       identities_ = s.device.identities;
       break;
     case K::kPrefs:
@@ -132,7 +132,9 @@ bool Checker::protectedApp(const std::string& bundle) const {
   return bundle != kHome && protected_.count(bundle) != 0;
 }
 
-bool Checker::requested(const std::string& bundle) const { return asked_.count(bundle) != 0; }
+bool Checker::requested(const std::string& bundle) const {
+  return asked_.count(bundle) != 0;
+}
 
 void Checker::endSession() {
   session_ = false;
@@ -166,8 +168,9 @@ Verdict Checker::front(const std::string& bundle, bool successStep) {
   if (promptUp_ && asked) return {};
   if (authenticated_.count(bundle) != 0) return {};
   return {Broken::kFrontWithoutAuthentication, bundle,
-          bundle + " (protected) came to the front without authentication since the last unlock "
-                   "and without an exemption"};
+          bundle +
+              " (protected) came to the front without authentication since the last unlock "
+              "and without an exemption"};
 }
 
 Verdict Checker::after(const Statement& s, Device& device) {
@@ -183,8 +186,8 @@ Verdict Checker::after(const Statement& s, Device& device) {
   std::set<std::string> fronted;
   for (; seen_ < events.size(); ++seen_) {
     const Event& e = events[seen_];
-    if (e.process == "device" && (e.kind == "respring" ||
-                                  (e.kind == "kill" && e.details == "SpringBoard"))) {
+    if (e.process == "device" &&
+        (e.kind == "respring" || (e.kind == "kill" && e.details == "SpringBoard"))) {
       // A fresh library: nothing held, no session, no prompt.
       promptUp_ = false;
       promptSucceeded_ = false;

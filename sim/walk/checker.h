@@ -83,11 +83,11 @@ class Checker {
   // From the log.
   size_t seen_ = 0;
   bool promptUp_ = false;
-  std::string promptItem_;    // bundle identifier (or raw item) of the prompt up or last up
+  std::string promptItem_;  // bundle identifier (or raw item) of the prompt up or last up
   std::map<std::string, int> replays_;  // unasked fronts of each app since the prompt showed
-  std::set<std::string> queued_;  // apps asked for while the prompt was up, held behind it
+  std::set<std::string> queued_;        // apps asked for while the prompt was up, held behind it
   bool promptSucceeded_ = false;
-  bool session_ = false;      // a success since the last unlock (or respring)
+  bool session_ = false;                 // a success since the last unlock (or respring)
   std::set<std::string> authenticated_;  // apps with a success since the last unlock
   std::map<std::string, bool> slidUp_;   // lock-screen slide-ups, allowed when they began
 };

@@ -75,7 +75,8 @@ class Session {
     if (!ok) {
       if (s.kind == Statement::Kind::kAction && s.action == "prompt" && s.args.size() == 2 &&
           s.args[0] == "button" && s.args[1] == "0" && promptWasUp) {
-        verdict_ = {Broken::kPromptStays, "", "Cancel was refused while the prompt was up: " + error};
+        verdict_ = {Broken::kPromptStays, "",
+                    "Cancel was refused while the prompt was up: " + error};
         return Outcome::kBroken;
       }
       if (s.kind == Statement::Kind::kStart || s.kind == Statement::Kind::kRespring) {
@@ -121,7 +122,9 @@ class Dice {
   bool chance(double p) { return uniform() < p; }
   size_t below(size_t n) { return std::uniform_int_distribution<size_t>(0, n - 1)(rng_); }
   template <typename T>
-  const T& pick(const std::vector<T>& v) { return v[below(v.size())]; }
+  const T& pick(const std::vector<T>& v) {
+    return v[below(v.size())];
+  }
 
   // Index of a choice by weight.
   size_t weighted(const std::vector<double>& weights) {
@@ -160,7 +163,9 @@ Setup makeSetup(Dice& dice) {
   s.version = kVersions[dice.below(std::size(kVersions))];
   s.ipad = dice.chance(0.15);
   double b = dice.uniform();
-  s.biometrics = b < 0.25 ? "none" : (s.version == "11.1" && !s.ipad && b > 0.7) ? "faceid" : "touchid";
+  s.biometrics = b < 0.25                                      ? "none"
+                 : (s.version == "11.1" && !s.ipad && b > 0.7) ? "faceid"
+                                                               : "touchid";
   int identities = dice.chance(0.15) ? 0 : 1 + static_cast<int>(dice.below(2));
   std::string device = std::string("device ") + (s.ipad ? "ipad" : "iphone") + " ios " + s.version +
                        " " + s.biometrics;
@@ -210,7 +215,9 @@ class Chooser {
 
   std::string next(const Screen& screen) {
     std::vector<std::pair<double, std::string>> options;
-    auto add = [&](double weight, std::string line) { options.emplace_back(weight, std::move(line)); };
+    auto add = [&](double weight, std::string line) {
+      options.emplace_back(weight, std::move(line));
+    };
     std::string sb = "SpringBoard: ";
     std::string bio = setup_.biometrics == "faceid" ? "face" : "finger";
     bool hardware = setup_.biometrics != "none";
@@ -248,10 +255,13 @@ class Chooser {
       if (!setup_.ipad && setup_.version[0] != '8') add(2, sb + "shortcut " + bundle);
     }
     add(6, sb + "lock");
-    static const std::vector<std::string> kSeconds = {"0.05", "0.1", "0.25", "1", "2.5", "30", "65"};
+    static const std::vector<std::string> kSeconds = {"0.05", "0.1", "0.25", "1",
+                                                      "2.5",  "30",  "65"};
     add(8, "advance " + dice_.pick(kSeconds));
     add(6, settingsChange());
-    add(2, std::string("wifi ") + (dice_.chance(0.5) ? kTrustedBssid : dice_.chance(0.5) ? kOtherBssid : "off"));
+    add(2, std::string("wifi ") + (dice_.chance(0.5)   ? kTrustedBssid
+                                   : dice_.chance(0.5) ? kOtherBssid
+                                                       : "off"));
     add(1.2, "respring");
     if (hardware) add(0.4, sb + "remove-identity");
     std::vector<double> weights;
@@ -263,15 +273,18 @@ class Chooser {
   std::string settingsChange() {
     auto flag = [&] { return dice_.chance(0.5) ? std::string("true") : std::string("false"); };
     switch (dice_.below(8)) {
-      case 0: return "prefs Enabled " + (dice_.chance(0.7) ? std::string("true") : std::string("false"));
+      case 0:
+        return "prefs Enabled " + (dice_.chance(0.7) ? std::string("true") : std::string("false"));
       case 1: return "prefs keepSession " + flag();
       case 2: return "prefs protected " + appList(dice_);
-      case 3: return dice_.chance(0.7) ? std::string("prefs passcode \"") + kRightPasscode + "\""
-                                      : std::string("prefs-delete passcode");
+      case 3:
+        return dice_.chance(0.7) ? std::string("prefs passcode \"") + kRightPasscode + "\""
+                                 : std::string("prefs-delete passcode");
       case 4: return "prefs onlyPasscode " + flag();
       case 5: return "prefs QuitProtectedAppsOnDeviceLock " + flag();
-      case 6: return dice_.chance(0.6) ? "prefs allowedWiFis " + trustedList()
-                                      : std::string("prefs-delete allowedWiFis");
+      case 6:
+        return dice_.chance(0.6) ? "prefs allowedWiFis " + trustedList()
+                                 : std::string("prefs-delete allowedWiFis");
       default: return "prefs appsInFoldersAreStillProtected " + flag();
     }
   }
@@ -397,8 +410,9 @@ std::vector<std::string> shrinkWalk(const WalkResult& walk, const WalkOptions& o
 
 std::string scenarioText(const WalkResult& walk, const std::vector<std::string>& lines,
                          size_t originalSteps) {
-  std::string text = "# A random walk (seed " + std::to_string(walk.seed) + ") broke an invariant: " +
-                     brokenName(walk.verdict.broken) + ".\n# " + walk.verdict.details + "\n";
+  std::string text = "# A random walk (seed " + std::to_string(walk.seed) +
+                     ") broke an invariant: " + brokenName(walk.verdict.broken) + ".\n# " +
+                     walk.verdict.details + "\n";
   text += "# Shrunk from " + std::to_string(originalSteps) + " lines to " +
           std::to_string(lines.size()) + "; the last step is where it broke.\n";
   for (size_t i = 0; i < lines.size(); ++i) {
@@ -408,9 +422,7 @@ std::string scenarioText(const WalkResult& walk, const std::vector<std::string>&
   }
   switch (walk.verdict.broken) {
     case Broken::kFrontWithoutAuthentication:
-    case Broken::kReplayedTwice:
-      text += "expect not launched " + walk.verdict.app + "\n";
-      break;
+    case Broken::kReplayedTwice: text += "expect not launched " + walk.verdict.app + "\n"; break;
     case Broken::kPromptStays: text += "expect not prompt\n"; break;
     default: break;
   }

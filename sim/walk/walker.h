@@ -14,8 +14,8 @@
 namespace kv::sim::walk {
 
 struct WalkOptions {
-  RunOptions run;     // host and library paths; its out is not used
-  int minSteps = 30;  // steps a walk takes at least (refused ones not counted)
+  RunOptions run;         // host and library paths; its out is not used
+  int minSteps = 30;      // steps a walk takes at least (refused ones not counted)
   int shrinkTries = 200;  // replays the shrinker may spend on one failure
 };
 
@@ -39,8 +39,7 @@ Verdict replayWalk(const std::vector<std::string>& lines, const WalkOptions& opt
 
 // Drops lines (chunks, then single lines) while the walk still breaks the
 // same invariant for the same app; answers the shortest found.
-std::vector<std::string> shrinkWalk(const WalkResult& walk, const WalkOptions& options,
-                                    int* tries);
+std::vector<std::string> shrinkWalk(const WalkResult& walk, const WalkOptions& options, int* tries);
 
 // The scenario a person reads: comments saying what broke, the lines, and
 // an expectation after the last step that fails as the checker did.

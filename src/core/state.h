@@ -24,11 +24,11 @@ struct CoordinatorState {
   bool cameraPhotosPending = false;
   bool cameraPhotos9Pending = false;
   bool switcherPromptPending = false;  // a switcher toggle waits: other toggles are swallowed
-  bool lockAfterCancel = false;  // iOS 11: cancelling presses the lock button
+  bool lockAfterCancel = false;        // iOS 11: cancelling presses the lock button
   int failedAttempts = 0;
-  double lastAuthenticationTime = 0;  // absolute time of the last success; 0 after cleanup
-  float savedBacklightFactor = 0;     // the brightness to give back when the prompt ends
-  bool powerActionPending = false;    // the held-back call powers off, reboots or resprings
+  double lastAuthenticationTime = 0;       // absolute time of the last success; 0 after cleanup
+  float savedBacklightFactor = 0;          // the brightness to give back when the prompt ends
+  bool powerActionPending = false;         // the held-back call powers off, reboots or resprings
   platform::Retained powerDownController;  // its power-down screen, closed on cancel
   bool languageRestartAllowed = false;
 

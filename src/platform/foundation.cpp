@@ -235,7 +235,8 @@ id makeObject(const Value& value) {
         // A key that is not UTF-8 makes no string; the entry is dropped
         // rather than raising in setObject:forKey:.
         id name = makeString(key);
-        if (element != nullptr && name != nullptr) send<void>(dict, kSetObjectForKey, element, name);
+        if (element != nullptr && name != nullptr)
+          send<void>(dict, kSetObjectForKey, element, name);
       }
       return dict;
     }

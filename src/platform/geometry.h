@@ -40,8 +40,8 @@ KV_STRUCT_ENCODING(CGSize, "{CGSize=" + kv::platform::Encoding<CGFloat>::get() +
 KV_STRUCT_ENCODING(CGRect, "{CGRect=" + kv::platform::Encoding<CGPoint>::get() +
                                kv::platform::Encoding<CGSize>::get() + "}");
 KV_STRUCT_ENCODING(CGAffineTransform,
-                   "{CGAffineTransform=" + std::string(6, kv::platform::Encoding<CGFloat>::get()[0]) +
-                       "}");
+                   "{CGAffineTransform=" +
+                       std::string(6, kv::platform::Encoding<CGFloat>::get()[0]) + "}");
 
 namespace kv::platform {
 

@@ -172,5 +172,4 @@ std::string Value::describe() const {
   return out;
 }
 
-
 }  // namespace kv::platform

@@ -56,5 +56,4 @@ class Value {
   Dictionary dictionary_;
 };
 
-
 }  // namespace kv::platform

@@ -104,12 +104,11 @@ id initWithFrame(id self, SEL cmd, CGRect frame) {
   if (self == nullptr) return nullptr;
   send<void>(self, kSetClipsToBounds, BOOL{1});
   // The blur, filling the view.
-  id effect = sendClass<id>(platform::classNamed("UIBlurEffect"), kEffectWithStyle,
-                            kLightBlurStyle);
+  id effect =
+      sendClass<id>(platform::classNamed("UIBlurEffect"), kEffectWithStyle, kLightBlurStyle);
   id effectView = send<id>(sendClass<id>(platform::classNamed("UIVisualEffectView"), kAlloc),
                            kInitWithEffect, effect);
-  send<void>(effectView, kSetFrame,
-             platform::makeRect(0, 0, frame.size.width, frame.size.height));
+  send<void>(effectView, kSetFrame, platform::makeRect(0, 0, frame.size.width, frame.size.height));
   send<void>(effectView, kSetClipsToBounds, BOOL{1});
   send<void>(self, kAddSubview, effectView);
   keep(self, kEffectViewIvar, effectView);

@@ -50,9 +50,9 @@ struct LaunchState {
   platform::Retained approvedUrlTarget;  // the target of the URL open replayed last, till spent
   platform::Retained skipOwner;          // with skipController: let one transaction through
   platform::Retained skipController;
-  bool staleOpenFolder = false;  // the home screen came back with a folder open
-  bool folderLaunch = false;     // a launch the open folder let through is on its way
-  bool lockScreenMatch = false;  // the lock screen saw a match since the last screen change
+  bool staleOpenFolder = false;    // the home screen came back with a folder open
+  bool folderLaunch = false;       // a launch the open folder let through is on its way
+  bool lockScreenMatch = false;    // the lock screen saw a match since the last screen change
   bool homeScreenShowing = false;  // the last screen change showed the home screen
 };
 LaunchState& launchState();

@@ -48,7 +48,6 @@ constexpr const char* kContacts = "com.apple.MobileAddressBook";
 // through the same method are judged by their own guards.
 bool gPennacSheetInUse = false;
 
-
 // Holds back the call of `cmd` on `self` with `args` (kept) under `title`;
 // false when no call could be built, and the platform method then runs.
 template <typename... A>

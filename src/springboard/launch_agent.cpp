@@ -72,8 +72,8 @@ bool holdBackBulletin(id self, SEL cmd, id bulletin, A... args) {
 
 }  // namespace
 
-BOOL agentOpenApplication(id self, SEL cmd, id bundleIdentifier, id url, int source,
-                          BOOL animated, id options) {
+BOOL agentOpenApplication(id self, SEL cmd, id bundleIdentifier, id url, int source, BOOL animated,
+                          id options) {
   if (isProtectedApp(bundleIdentifier) && gatePasses()) {
     Retained call =
         platform::invocationOf(self, cmd, bundleIdentifier, url, source, animated, options);
@@ -90,8 +90,7 @@ BOOL agentOpenApplication(id self, SEL cmd, id bundleIdentifier, id url, int sou
                                                          animated, options);
 }
 
-BOOL bulletinLaunchWithResponse(id self, SEL cmd, id bulletin, id action, id response,
-                                int origin) {
+BOOL bulletinLaunchWithResponse(id self, SEL cmd, id bulletin, id action, id response, int origin) {
   if (holdBackBulletin(self, cmd, bulletin, action, response, origin)) return 1;
   return platform::Hook<&bulletinLaunchWithResponse>::original(self, cmd, bulletin, action,
                                                                response, origin);

@@ -9,11 +9,10 @@
 namespace kv::springboard {
 
 // -[SBUserAgent _openApplication:withURL:fromSource:animated:options:]
-BOOL agentOpenApplication(id self, SEL cmd, id bundleIdentifier, id url, int source,
-                          BOOL animated, id options);
+BOOL agentOpenApplication(id self, SEL cmd, id bundleIdentifier, id url, int source, BOOL animated,
+                          id options);
 // -[SBUserAgent launchFromPushOrLocalBulletin:actionIdentifier:userResponse:origin:]
-BOOL bulletinLaunchWithResponse(id self, SEL cmd, id bulletin, id action, id response,
-                                int origin);
+BOOL bulletinLaunchWithResponse(id self, SEL cmd, id bulletin, id action, id response, int origin);
 // -[SBUserAgent launchFromPushOrLocalBulletin:actionIdentifier:origin:]
 BOOL bulletinLaunchWithAction(id self, SEL cmd, id bulletin, id action, int origin);
 // -[SBUserAgent launchFromPushOrLocalBulletin:origin:]

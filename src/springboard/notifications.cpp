@@ -27,12 +27,12 @@ namespace kv::springboard {
 namespace {
 
 using platform::Integer;
-using platform::UInteger;
 using platform::Retained;
 using platform::Sel;
 using platform::send;
 using platform::sendClass;
 using platform::sendIfResponds;
+using platform::UInteger;
 
 // The notification list.
 const Sel kSectionIdentifier("sectionIdentifier");

@@ -100,8 +100,8 @@ void updateCover(id card) {
   }
   Retained made;
   if (cover == nullptr) {
-    made = Retained::adopt(send<id>(sendClass<id>(coverClass, kAlloc), kInitWithFrame,
-                                    send<CGRect>(card, kFrame)));
+    made = Retained::adopt(
+        send<id>(sendClass<id>(coverClass, kAlloc), kInitWithFrame, send<CGRect>(card, kFrame)));
     cover = made.get();
   }
   CGRect bounds = send<CGRect>(card, kBounds);
@@ -133,7 +133,8 @@ id launchImageInfo(id view, bool* hide) {
 
 // A blurred copy of `image` at its own extent, or nil.
 id blurredCopy(id image) {
-  auto cgImage = platform::respondsTo(image, kCGImage) ? send<CGImageRef>(image, kCGImage) : nullptr;
+  auto cgImage =
+      platform::respondsTo(image, kCGImage) ? send<CGImageRef>(image, kCGImage) : nullptr;
   Class ciImage = platform::classNamed("CIImage");
   Class ciFilter = platform::classNamed("CIFilter");
   if (cgImage == nullptr || ciImage == nullptr || ciFilter == nullptr) return nullptr;
@@ -146,9 +147,9 @@ id blurredCopy(id image) {
   id output = send<id>(filter, kValueForKey, platform::makeString("outputImage"));
   // The blur spreads past the edges; the copy keeps the snapshot's size.
   output = send<id>(output, kImageByCroppingToRect, send<CGRect>(input, kExtent));
-  return output == nullptr ? nullptr
-                           : sendClass<id>(platform::classNamed("UIImage"), kImageWithCIImage,
-                                           output);
+  return output == nullptr
+             ? nullptr
+             : sendClass<id>(platform::classNamed("UIImage"), kImageWithCIImage, output);
 }
 
 // The blurred copy laid over `view` earlier, or nil.
@@ -266,9 +267,9 @@ void reusableSnapshotSetTransform(id self, SEL cmd, CGAffineTransform transform)
 
 void reusableSnapshotDealloc(id self, SEL cmd) {
   if (Class coverClass = platform::classNamed(kBlurViewClass)) {
-    send<void>(sendIfResponds<id>(send<id>(self, kSubviews), kObjectOfClass,
-                                  platform::asId(coverClass)),
-               kRemoveFromSuperview);
+    send<void>(
+        sendIfResponds<id>(send<id>(self, kSubviews), kObjectOfClass, platform::asId(coverClass)),
+        kRemoveFromSuperview);
   }
   Hook<&reusableSnapshotDealloc>::original(self, cmd);
 }

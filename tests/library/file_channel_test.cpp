@@ -20,10 +20,10 @@ TEST(FileChannel, RefusesWhatIsNoName) {
     uint64_t state;
     const char* why;
   };
-  for (const Case& c : {Case{0, "empty"}, Case{0x2e2e2f61u, "a path: ../a"},
-                        Case{0x61707000u, "three characters and a NUL"},
-                        Case{0x6170704cull << 32, "the name in the high bits"},
-                        Case{0x61207a7au, "a space"}}) {
+  for (const Case& c :
+       {Case{0, "empty"}, Case{0x2e2e2f61u, "a path: ../a"},
+        Case{0x61707000u, "three characters and a NUL"},
+        Case{0x6170704cull << 32, "the name in the high bits"}, Case{0x61207a7au, "a space"}}) {
     EXPECT_FALSE(unpackMessageName(c.state)) << c.why;
   }
 }

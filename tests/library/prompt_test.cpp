@@ -10,6 +10,7 @@
 #include <functional>
 #include <sstream>
 
+#include "base/flags.h"
 #include "core/controller.h"
 #include "platform/classes.h"
 #include "platform/foundation.h"
@@ -21,7 +22,6 @@
 #include "sim/device/settings_bundle.h"
 #include "sim/frameworks/frameworks.h"
 #include "sim/host/fs_redirect.h"
-#include "base/flags.h"
 #include "tests/sim/ui_test_support.h"
 
 namespace kv::prompt {

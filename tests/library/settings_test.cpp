@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <fstream>
 
+#include "base/flags.h"
 #include "platform/foundation.h"
 #include "platform/runtime.h"
 #include "settings/notifications.h"
@@ -16,7 +17,6 @@
 #include "sim/host/classes.h"
 #include "sim/host/fs_redirect.h"
 #include "sim/host/profile.h"
-#include "base/flags.h"
 
 namespace kv::settings {
 namespace {

@@ -26,27 +26,27 @@ TEST(Encoding, CompatibilityFollowsTheCallingConvention) {
     const char* expected;
     bool compatible;
   } cases[] = {
-      {"v16@0:8", "v@:", true},                           // offsets are ignored
+      {"v16@0:8", "v@:", true},  // offsets are ignored
       {"@24@0:8@16", "@@:@", true},
-      {"@24@0:8@\"NSString\"16", "@@:@", true},           // class-named objects
-      {"v24@0:8@?16", "v@:@", true},                      // a block is an object
-      {"v@:#", "v@:@", true},                             // a class is an object
-      {"c@:", "C@:", true},                               // BOOL: signed char
-      {"B@:", "C@:", true},                               // BOOL: bool
-      {"Vv@:r^v", "v@:^v", true},                         // qualifiers
-      {"q@:", "i@:", false},                              // integer sizes differ
-      {"d@:", "i@:", false},                              // float vs integer
+      {"@24@0:8@\"NSString\"16", "@@:@", true},  // class-named objects
+      {"v24@0:8@?16", "v@:@", true},             // a block is an object
+      {"v@:#", "v@:@", true},                    // a class is an object
+      {"c@:", "C@:", true},                      // BOOL: signed char
+      {"B@:", "C@:", true},                      // BOOL: bool
+      {"Vv@:r^v", "v@:^v", true},                // qualifiers
+      {"q@:", "i@:", false},                     // integer sizes differ
+      {"d@:", "i@:", false},                     // float vs integer
       {"f@:", "d@:", false},
-      {"v@:@", "v@:", false},                             // argument count
-      {"v@::", "v@:@", false},                            // selector vs object
-      {"v@:^{CGRect=dddd}", "v@:^v", true},               // pointers to anything
+      {"v@:@", "v@:", false},                // argument count
+      {"v@::", "v@:@", false},               // selector vs object
+      {"v@:^{CGRect=dddd}", "v@:^v", true},  // pointers to anything
       {"{CGRect={CGPoint=dd}{CGSize=dd}}@:", "{CGRect={CGPoint=dd}{CGSize=dd}}@:", true},
       {"{CGRect={CGPoint=dd}{CGSize=dd}}@:", "{CGRect=}@:", true},
       {"{CGRect={CGPoint=dd}{CGSize=dd}}@:", "{CGSize=dd}@:", false},
       {"{CGRect={CGPoint=ff}{CGSize=ff}}@:", "{CGRect={CGPoint=dd}{CGSize=dd}}@:", false},
       {"{?=dd}@:", "{CGPoint=dd}@:", true},
-      {"v@:[4i]", "v@:^v", true},                         // arrays decay
-      {"", "v@:", false},                                 // malformed
+      {"v@:[4i]", "v@:^v", true},  // arrays decay
+      {"", "v@:", false},          // malformed
       {"v@:{Unclosed=dd", "v@:{Unclosed=dd}", false},
       {"v@:^", "v@:^v", false},
       {"v@:@\"Unterminated", "v@:@", false},

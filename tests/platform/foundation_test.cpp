@@ -8,7 +8,9 @@
 
 namespace kv::platform {
 // Failure messages show values as text.
-void PrintTo(const Value& v, std::ostream* os) { *os << v.describe(); }
+void PrintTo(const Value& v, std::ostream* os) {
+  *os << v.describe();
+}
 }  // namespace kv::platform
 
 namespace kv {
@@ -84,9 +86,8 @@ TEST_F(Foundation, EntriesWithoutAStringFormAreDropped) {
   // is left out, the rest of the container stays.
   const std::string bad("\xe7\xb9\xaf\xff", 4);
   ASSERT_EQ(platform::makeString(bad), nullptr);
-  id dict = platform::makeObject(Value::dictionary({{bad, Value::integer(1)},
-                                                    {"kept", Value::string(bad)},
-                                                    {"also", Value::integer(2)}}));
+  id dict = platform::makeObject(Value::dictionary(
+      {{bad, Value::integer(1)}, {"kept", Value::string(bad)}, {"also", Value::integer(2)}}));
   EXPECT_EQ(platform::valueOf(dict), Value::dictionary({{"also", Value::integer(2)}}));
   id array = platform::makeObject(Value::array({Value::string(bad), Value::string("a")}));
   EXPECT_EQ(platform::valueOf(array), Value::array({Value::string("a")}));
@@ -101,7 +102,8 @@ TEST_F(Foundation, ValueForKeyReadsThroughKeyValueCoding) {
 TEST_F(Foundation, RetainedHoldsExactlyOneReference) {
   const Sel kRetainCount("retainCount");
   id obj = platform::send<id>(
-      platform::send<id>(platform::asId(platform::classNamed("NSObject")), Sel("alloc")), Sel("init"));
+      platform::send<id>(platform::asId(platform::classNamed("NSObject")), Sel("alloc")),
+      Sel("init"));
   auto count = [&] { return platform::send<platform::UInteger>(obj, kRetainCount); };
   {
     auto owner = platform::Retained::adopt(obj);

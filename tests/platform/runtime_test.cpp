@@ -17,12 +17,24 @@ using test::defineClass;
 using test::imp;
 using test::newInstance;
 
-double half(id, SEL, double d) { return d / 2; }
-test::Box box(id, SEL) { return {1, 2, 3, 4}; }
-const char* baseName(id, SEL) { return "base"; }
-const char* derivedName(id, SEL) { return "derived"; }
-double scaled(id, SEL, long by) { return 1.5 * static_cast<double>(by); }
-BOOL answersYes(id, SEL, id) { return 1; }
+double half(id, SEL, double d) {
+  return d / 2;
+}
+test::Box box(id, SEL) {
+  return {1, 2, 3, 4};
+}
+const char* baseName(id, SEL) {
+  return "base";
+}
+const char* derivedName(id, SEL) {
+  return "derived";
+}
+double scaled(id, SEL, long by) {
+  return 1.5 * static_cast<double>(by);
+}
+BOOL answersYes(id, SEL, id) {
+  return 1;
+}
 
 TEST(Runtime, NilReceiversAnswerZero) {
   EXPECT_EQ(send<int>(nullptr, Sel("anything")), 0);

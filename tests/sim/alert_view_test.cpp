@@ -309,11 +309,11 @@ TEST_F(Alerts, GlyphCompletesAnimatedChangesAfterItsOwnMinimumDuration) {
   Retained glyph = Retained::adopt(
       send<id>(sendClass<id>(cls("PKGlyphView"), Sel("alloc")), Sel("initWithStyle:"), Integer{2}));
   EXPECT_EQ(colorHexOf(send<id>(glyph.get(), Sel("primaryColor"))),
-            colorHexOf(send<id>(glyph.get(), Sel("_primaryColorForStyle:mode:"), Integer{2},
-                                Integer{0})));
-  EXPECT_NE(colorHexOf(send<id>(glyph.get(), Sel("_primaryColorForStyle:mode:"), Integer{1},
-                                Integer{0})),
-            colorHexOf(send<id>(glyph.get(), Sel("primaryColor"))));
+            colorHexOf(
+                send<id>(glyph.get(), Sel("_primaryColorForStyle:mode:"), Integer{2}, Integer{0})));
+  EXPECT_NE(
+      colorHexOf(send<id>(glyph.get(), Sel("_primaryColorForStyle:mode:"), Integer{1}, Integer{0})),
+      colorHexOf(send<id>(glyph.get(), Sel("primaryColor"))));
   auto change = [&](Integer state, bool animated) {
     id completion = platform::asObject(^{
       calls().push_back("done " + std::to_string(state) + " at " +

@@ -25,7 +25,9 @@ namespace {
 using platform::Value;
 using Bytes = std::vector<uint8_t>;
 
-Bytes ascii(std::string_view text) { return Bytes(text.begin(), text.end()); }
+Bytes ascii(std::string_view text) {
+  return Bytes(text.begin(), text.end());
+}
 
 Bytes operator+(Bytes a, const Bytes& b) {
   a.insert(a.end(), b.begin(), b.end());
@@ -53,7 +55,8 @@ struct Assembled {
     for (auto [object, offset] : offsets) at[object] = offset;
     uint64_t table = out.size();
     for (uint64_t offset : at) {
-      for (int i = offsetSize - 1; i >= 0; --i) out.push_back(static_cast<uint8_t>(offset >> (8 * i)));
+      for (int i = offsetSize - 1; i >= 0; --i)
+        out.push_back(static_cast<uint8_t>(offset >> (8 * i)));
     }
     Bytes trailer(6, 0);
     trailer.push_back(offsetSize);
@@ -150,15 +153,25 @@ std::vector<Corrupt> corruptFiles() {
        "offset table outside"},
       {"offset table in the header", changed([](Assembled& p) { p.tableOffset = 2; }),
        "offset table outside"},
-      {"object offset into the trailer", changed([](Assembled& p) { p.offsets = {{3, 200}}; }),
+      {"object offset into the trailer", changed([](Assembled& p) {
+         p.offsets = {{3, 200}};
+       }),
        "offset of object 3"},
-      {"object offset into the header", changed([](Assembled& p) { p.offsets = {{0, 3}}; }),
+      {"object offset into the header", changed([](Assembled& p) {
+         p.offsets = {{0, 3}};
+       }),
        "offset of object 0"},
-      {"reference to a missing object", changed([](Assembled& p) { p.objects[4] = {0xA1, 40}; }),
+      {"reference to a missing object", changed([](Assembled& p) {
+         p.objects[4] = {0xA1, 40};
+       }),
        "refers to object 40"},
-      {"array that holds itself", changed([](Assembled& p) { p.objects[4] = {0xA1, 4}; }),
+      {"array that holds itself", changed([](Assembled& p) {
+         p.objects[4] = {0xA1, 4};
+       }),
        "contains itself"},
-      {"cycle through the dictionary", changed([](Assembled& p) { p.objects[4] = {0xA1, 0}; }),
+      {"cycle through the dictionary", changed([](Assembled& p) {
+         p.objects[4] = {0xA1, 0};
+       }),
        "contains itself"},
       {"array count 2^40",
        changed([](Assembled& p) { p.objects[4] = {0xAF, 0x13, 0, 0, 1, 0, 0, 0, 0, 0, 5}; }),
@@ -166,23 +179,33 @@ std::vector<Corrupt> corruptFiles() {
       {"string length past the end",
        changed([](Assembled& p) { p.objects[5] = {0x5F, 0x12, 0x7F, 0xFF, 0xFF, 0xFF, 'c'}; }),
        "runs past the objects"},
-      {"count that is not an integer", changed([](Assembled& p) { p.objects[5] = {0x5F, 0x51, 'x'}; }),
+      {"count that is not an integer", changed([](Assembled& p) {
+         p.objects[5] = {0x5F, 0x51, 'x'};
+       }),
        "count is not an integer"},
-      {"non-ASCII byte in an ASCII string",
-       changed([](Assembled& p) { p.objects[3] = {0x54, '1', 0xE9, '3', '4'}; }), "not ASCII"},
-      {"unpaired UTF-16 surrogate",
-       changed([](Assembled& p) { p.objects[3] = {0x62, 0xD8, 0x3D, 0x00, 0x41}; }),
+      {"non-ASCII byte in an ASCII string", changed([](Assembled& p) {
+         p.objects[3] = {0x54, '1', 0xE9, '3', '4'};
+       }),
+       "not ASCII"},
+      {"unpaired UTF-16 surrogate", changed([](Assembled& p) {
+         p.objects[3] = {0x62, 0xD8, 0x3D, 0x00, 0x41};
+       }),
        "unpaired surrogate"},
-      {"UTF-16 string cut in its last unit",
-       changed([](Assembled& p) {
+      {"UTF-16 string cut in its last unit", changed([](Assembled& p) {
          p.objects[5] = {0x63, 0x00, 0x41};
        }),
        ""},
-      {"integer dictionary key", changed([](Assembled& p) { p.objects[1] = {0x10, 7}; }),
+      {"integer dictionary key", changed([](Assembled& p) {
+         p.objects[1] = {0x10, 7};
+       }),
        "key that is not a string"},
-      {"unknown marker", changed([](Assembled& p) { p.objects[3] = {0x70, 0, 0}; }),
+      {"unknown marker", changed([](Assembled& p) {
+         p.objects[3] = {0x70, 0, 0};
+       }),
        "unknown marker 0x70"},
-      {"integer of 32 bytes", changed([](Assembled& p) { p.objects[3] = {0x15, 0}; }),
+      {"integer of 32 bytes", changed([](Assembled& p) {
+         p.objects[3] = {0x15, 0};
+       }),
        "unknown marker 0x15"},
       {"shared objects that expand to 2^40 values", doubling(40).bytes(), "too many values"},
       {"top object an array", changed([](Assembled& p) { p.top = 4; }), "",
@@ -190,13 +213,13 @@ std::vector<Corrupt> corruptFiles() {
       {"XML cut off", ascii(whole.substr(0, whole.size() - 30)), ""},
       {"XML tags that do not match", ascii(xml("<dict><key>a</key><string>b</integer></dict>")),
        ""},
-      {"invalid UTF-8 in XML", ascii(xml("<dict><key>passcode</key><string>\xC3\x28</string></dict>")),
-       "invalid UTF-8"},
+      {"invalid UTF-8 in XML",
+       ascii(xml("<dict><key>passcode</key><string>\xC3\x28</string></dict>")), "invalid UTF-8"},
       {"overlong UTF-8 in XML", ascii(xml("<dict><key>a\xC0\xAF</key><true/></dict>")),
        "invalid UTF-8"},
       {"XML nested 100,000 deep", ascii(xml(nested)), "nested too deeply"},
-      {"NUL byte in XML", ascii(xml("<dict><key>a</key><string>b")) + Bytes{0} +
-                              ascii("c</string></dict>"),
+      {"NUL byte in XML",
+       ascii(xml("<dict><key>a</key><string>b")) + Bytes{0} + ascii("c</string></dict>"),
        "NUL byte"},
       {"plain text", ascii("this is no property list { at all"), ""},
   };
@@ -298,9 +321,9 @@ TEST(PlistFileFound, DamagedFilesReadAsNothing) {
       "bplist00\xd6\x01\x02\x03\x04\x05\x06\x07\x08\x09\x07\x0a\x0b"
       "WEnabledYIconColorV",
       40);
-  for (const std::string& bytes : {std::string("bplist00"),
-                                   std::string("<?xml version=\"1.0\"?><plist><dict><key>"),
-                                   unknownOffsetSize}) {
+  for (const std::string& bytes :
+       {std::string("bplist00"), std::string("<?xml version=\"1.0\"?><plist><dict><key>"),
+        unknownOffsetSize}) {
     std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
     EXPECT_EQ(readPlistFile(path), std::nullopt) << bytes.size() << " bytes";
   }

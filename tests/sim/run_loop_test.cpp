@@ -26,7 +26,9 @@ std::vector<std::string>& calls() {
   return list;
 }
 
-void record(id, SEL, id tag) { calls().push_back(platform::toString(tag)); }
+void record(id, SEL, id tag) {
+  calls().push_back(platform::toString(tag));
+}
 
 class RunLoop : public ::testing::Test {
  protected:
@@ -38,8 +40,8 @@ class RunLoop : public ::testing::Test {
                                  .build());
   }
   void performLater(const char* tag, double delay) {
-    send<void>(target_, Sel("performSelector:withObject:afterDelay:"), platform::selector("record:"),
-               platform::makeString(tag), delay);
+    send<void>(target_, Sel("performSelector:withObject:afterDelay:"),
+               platform::selector("record:"), platform::makeString(tag), delay);
   }
   void advanceTo(double seconds) {
     int64_t t = std::llround(seconds * 1e9);
@@ -130,7 +132,8 @@ void tick(id, SEL, id timer) {
 }
 
 TEST_F(RunLoop, TimersFireAtTheirDatesAndRepeatUntilInvalidated) {
-  Class cls = ClassBuilder("TimerTarget", "NSObject").classMethod("tick:", imp(tick), "v@:@").build();
+  Class cls =
+      ClassBuilder("TimerTarget", "NSObject").classMethod("tick:", imp(tick), "v@:@").build();
   id timer = platform::sendClass<id>(
       platform::classNamed("NSTimer"),
       Sel("scheduledTimerWithTimeInterval:target:selector:userInfo:repeats:"), 1.5,

@@ -266,7 +266,9 @@ TEST(Scenario, AcceptsAByteOrderMarkAtTheStart) {
   ASSERT_EQ(s.statements.size(), 1u);
   EXPECT_EQ(s.statements[0].line, 2);
   EXPECT_EQ(s.statements[0].kind, Kind::kMark);
-  Scenario first = parseValid("\xEF\xBB\xBF" "device ios 9.3");
+  Scenario first = parseValid(
+      "\xEF\xBB\xBF"
+      "device ios 9.3");
   ASSERT_EQ(first.statements.size(), 1u);
   EXPECT_EQ(first.statements[0].device.version, "9.3");
 }

@@ -27,7 +27,9 @@ std::string label(const char* name) {
 const std::string kSuccess = "alert dismissed KavelinAlertView button=2";
 const std::string kCancel = "alert dismissed KavelinAlertView button=0";
 const std::string kUnlock = "lock unlocked (source 1)";
-std::string front(const char* bundle) { return std::string("front ") + bundle; }
+std::string front(const char* bundle) {
+  return std::string("front ") + bundle;
+}
 
 // Runs the steps through a checker; answers the verdict of the last step
 // (earlier steps must hold).
@@ -124,12 +126,14 @@ TEST(WalkChecker, LetsEachExemptionThrough) {
     const char* name;
     std::vector<Step> steps;
   } cases[] = {
-      {"unprotected app", with({{"SpringBoard: tap com.apple.calculator", {front("com.apple.calculator")}}})},
+      {"unprotected app",
+       with({{"SpringBoard: tap com.apple.calculator", {front("com.apple.calculator")}}})},
       {"the replay on success",
-       with({{"SpringBoard: tap com.apple.MobileSMS", {kShown, label("Messages")}},
-             {"finger match", {front("com.apple.MobileSMS"), kSuccess}},
-             {"SpringBoard: home", {front("home")}},
-             {"SpringBoard: switcher-select com.apple.MobileSMS", {front("com.apple.MobileSMS")}}})},
+       with(
+           {{"SpringBoard: tap com.apple.MobileSMS", {kShown, label("Messages")}},
+            {"finger match", {front("com.apple.MobileSMS"), kSuccess}},
+            {"SpringBoard: home", {front("home")}},
+            {"SpringBoard: switcher-select com.apple.MobileSMS", {front("com.apple.MobileSMS")}}})},
       {"protection off",
        with({{"prefs Enabled false", {}},
              {"SpringBoard: tap com.apple.MobileSMS", {front("com.apple.MobileSMS")}}})},
@@ -156,9 +160,9 @@ TEST(WalkChecker, LetsEachExemptionThrough) {
              {"finger match", {front("com.apple.MobileSMS"), kSuccess}}})},
       {"a slide-up let through before the unlock that shows it",
        with({{"SpringBoard: lock", {}},
-             {"SpringBoard: slide-up com.apple.MobileSMS", {kShown, label("Messages\\n(LockScreen)")}},
-             {"finger match",
-              {"lock device passcode asked for com.apple.MobileSMS", kSuccess}},
+             {"SpringBoard: slide-up com.apple.MobileSMS",
+              {kShown, label("Messages\\n(LockScreen)")}},
+             {"finger match", {"lock device passcode asked for com.apple.MobileSMS", kSuccess}},
              {"SpringBoard: unlock", {kUnlock, front("com.apple.MobileSMS")}}})},
       {"a slide-up to an app whose held launch had already run",
        with({{"SpringBoard: tap com.apple.MobileSMS", {kShown, label("Messages")}},
