@@ -13,8 +13,10 @@ seconds=${1:-60}
 shift || true
 tree="$root/build-sanitize"
 
-export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:detect_odr_violation=0
-export LSAN_OPTIONS=suppressions=$root/tests/lsan.supp:print_suppressions=0
+# Each binary of the sanitizer tree names its own leak suppressions
+# (tests/support/sanitizer_options.cpp), as under scripts/test.sh.
+export ASAN_OPTIONS=detect_leaks=1:abort_on_error=0:detect_odr_violation=0:fast_unwind_on_malloc=0
+export LSAN_OPTIONS=print_suppressions=0
 export UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1
 
 echo "== building the fuzzers in $(basename "$tree")"

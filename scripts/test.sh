@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Sets up this machine, then builds and runs every test twice: a plain build,
 # and a build under AddressSanitizer and UndefinedBehaviorSanitizer (with the
-# fuzz targets' bounded runs). Ends with one line: "tests: N passed, M failed".
+# fuzz targets' bounded runs), after checking every C and C++ file is as
+# clang-format writes it. Ends with one line: "tests: N passed, M failed".
 set -uo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 bash "$root/scripts/setup.sh" || exit 1
@@ -43,6 +44,11 @@ run_tree() {  # DIR [cmake options...]
     grep -B5 -A30 -E 'Failure|ERROR: AddressSanitizer|runtime error|LeakSanitizer' "$log" | head -200
   fi
 }
+
+# The code's layout first: an unformatted file counts as one failure.
+if ! bash "$root/scripts/format-check.sh"; then
+  failed=$((failed + 1))
+fi
 
 run_tree "$root/build"
 run_tree "$root/build-sanitize" -DKAVELIN_SANITIZE=ON -DKAVELIN_BENCH=OFF -DKAVELIN_FUZZ=ON

@@ -2,6 +2,7 @@
 // the core "send" action, which sends any message with JSON arguments.
 #include "sim/host/actions.h"
 
+#include <cctype>
 #include <cstring>
 #include <map>
 
@@ -125,6 +126,19 @@ Value unpackResult(const char* type, const unsigned char* buffer) {
 
 // send TARGET SELECTOR [ARGS]: TARGET is a class (a class method) or
 // shared:CLASS (its shared instance); ARGS is a JSON array of the arguments.
+// True for a selector whose method returns an object its caller owns:
+// "new", "alloc", "copy" or "mutableCopy", alone or followed by a capital.
+bool ownsResult(const std::string& selector) {
+  for (const char* family : {"new", "alloc", "copy", "mutableCopy"}) {
+    size_t n = std::strlen(family);
+    if (selector.compare(0, n, family) == 0 &&
+        (selector.size() == n || !std::islower(static_cast<unsigned char>(selector[n])))) {
+      return true;
+    }
+  }
+  return false;
+}
+
 Value sendAction(const ActionRequest& request, std::string* error) {
   if (request.args.size() < 2) {
     *error = "send needs TARGET SELECTOR [ARGS]";
@@ -193,6 +207,13 @@ Value sendAction(const ActionRequest& request, std::string* error) {
     send<void>(invocation, Sel("getReturnValue:"), static_cast<void*>(result));
   }
   Value answer = unpackResult(returnType, result);
+  // A method of the new, alloc or copy families hands its caller an object
+  // it owns; nobody here keeps it, so it goes with the action's pool.
+  if (*returnType == '@' && ownsResult(selectorName)) {
+    id owned = nullptr;
+    std::memcpy(&owned, result, sizeof owned);
+    if (owned != nullptr) send<id>(owned, Sel("autorelease"));
+  }
   logEvent("send", request.args[0] + " " + selectorName +
                        (*returnType == 'v' ? std::string() : " -> " + answer.describe()));
   return answer;

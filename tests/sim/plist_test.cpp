@@ -55,8 +55,9 @@ struct Assembled {
     for (auto [object, offset] : offsets) at[object] = offset;
     uint64_t table = out.size();
     for (uint64_t offset : at) {
+      // A corrupt offset size wider than 8 bytes pads with zeros.
       for (int i = offsetSize - 1; i >= 0; --i)
-        out.push_back(static_cast<uint8_t>(offset >> (8 * i)));
+        out.push_back(i < 8 ? static_cast<uint8_t>(offset >> (8 * i)) : 0);
     }
     Bytes trailer(6, 0);
     trailer.push_back(offsetSize);
