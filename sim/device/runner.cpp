@@ -183,9 +183,10 @@ const ActionSpec kActions[] = {
      "changed on purpose"},
     {"*", "message", 1, -1, "message NAME [JSON-OBJECT]",
      "send a messaging-centre message to \"net.quorvan.kavelin.center\" and wait for the "
-     "reply, which becomes the last reply (see the predicate reply)"},
+     "reply, which becomes the last reply (see the predicate reply); any other JSON value is "
+     "sent as it stands, as a hostile client could"},
     {"*", "message-oneway", 1, -1, "message-oneway NAME [JSON-OBJECT]",
-     "send a messaging-centre message without waiting for a reply"},
+     "send a messaging-centre message without waiting for a reply (any JSON value, as above)"},
     {"SpringBoard", "remove-identity", 0, 0, "remove-identity",
      "the owner removes an enrolled finger or face (BiometricKit removeIdentity:)"},
     {"SpringBoard", "update-identity", 0, 0, "update-identity",

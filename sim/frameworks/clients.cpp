@@ -27,7 +27,9 @@ constexpr const char* kCenter = "net.quorvan.kavelin.center";
 constexpr const char* kChannelNote = "net.quorvan.kavelin.ipcoverride";
 constexpr const char* kRequestDirectory = "/private/var/tmp/.";
 
-// The request object after the message name: a JSON object, or none.
+// The request object after the message name: normally a JSON object, or
+// none. Any other JSON value is sent as it stands, as a careless or hostile
+// client could pass one through the centre's API.
 bool requestOf(const host::ActionRequest& request, Value* out, std::string* error) {
   std::string rest = request.rest;
   size_t at = rest.find(request.args[0]);
@@ -38,8 +40,8 @@ bool requestOf(const host::ActionRequest& request, Value* out, std::string* erro
   }
   std::string why;
   auto parsed = parseJson(json, &why);
-  if (!parsed || parsed->kind() != Value::Kind::kDictionary) {
-    *error = "expected a JSON object after the message name" + (why.empty() ? "" : ": " + why);
+  if (!parsed) {
+    *error = "expected a JSON value after the message name" + (why.empty() ? "" : ": " + why);
     return false;
   }
   *out = *parsed;

@@ -142,8 +142,15 @@ void startPasscodeGrace() {
 void enablePasscodeLockImmediately(id, SEL) {
   engagePasscodeLock("at once");
 }
-void updateDeviceLockedState(id, SEL) {}
-void lockStateChanged(id, SEL, int, int) {}
+// Both only recompute what the lock controller reports; the event log shows
+// that they were asked to, with the states a caller named.
+void updateDeviceLockedState(id, SEL) {
+  host::logEvent("lock", "device locked state updated");
+}
+void lockStateChanged(id, SEL, int from, int to) {
+  host::logEvent("lock", "device lock state changed from " + std::to_string(from) + " to " +
+                             std::to_string(to));
+}
 
 // ---- SBLockScreenSlideUpToAppController ----
 
