@@ -40,6 +40,16 @@ Value writable(const Value& v) {
     return Value::array(std::move(items));
   }
   if (v.kind() == Value::Kind::kDictionary) {
+    // A keyed archive's reference reads as {"CF$UID": N}, and Foundation
+    // writes such a dictionary back as a reference; GNUstep's binary writer
+    // keeps only its low 16 bits (a device keeps 32). Nothing the library
+    // reads is a reference, so the simulated files may keep that limit.
+    const auto& d = v.asDictionary();
+    if (d.size() == 1 && d.begin()->first == "CF$UID" &&
+        d.begin()->second.kind() == Value::Kind::kInteger) {
+      return Value::dictionary(
+          {{"CF$UID", Value::integer(d.begin()->second.asInteger() & 0xFFFF)}});
+    }
     Value::Dictionary entries;
     for (const auto& [key, item] : v.asDictionary()) {
       if (!item.isNone()) entries.emplace(key, writable(item));
