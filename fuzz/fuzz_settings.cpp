@@ -4,8 +4,8 @@
 // and its rules must hold: a bad value never switches protection off.
 //  - passcode-only needs a passcode; a passcode with nothing enrolled is the
 //    only way;
-//  - a list keeps exactly its string entries, in order; anything but a list
-//    is an empty one;
+//  - a list keeps exactly its string entries, in order (each read as a C
+//    string, up to a NUL inside it); anything but a list is an empty one;
 //  - a flag stored as a number is that number's truth, a passcode stored as
 //    a whole number is its decimal text;
 //  - iOS 11 shows no notifications protected and never unlocks by finger;
@@ -15,6 +15,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -135,8 +136,11 @@ const FlagKey kFlags[] = {
     {"protectSiri", &Settings::protectSiri},
 };
 
-void check(bool holds) {
-  if (!holds) std::abort();
+// A rule that does not hold names its line before the crash is recorded.
+void check(bool holds, int line = __builtin_LINE()) {
+  if (holds) return;
+  std::fprintf(stderr, "fuzz_settings: the rule at line %d does not hold\n", line);
+  std::abort();
 }
 
 // A flag stored as a bool or a whole number reads as its truth.
@@ -194,13 +198,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     if (ios11 && list.slot == &Settings::protectedNotifications) continue;
     std::vector<std::string> expected;
     for (const Value& item : stored[list.key].asArray()) {
-      if (item.kind() == Value::Kind::kString) expected.push_back(item.asString());
+      // Text is read as a C string, up to a NUL inside it.
+      if (item.kind() == Value::Kind::kString) expected.push_back(item.asString().c_str());
     }
     check((s.*list.slot) == expected);
   }
   for (const FlagKey& flag : kFlags) checkFlag(stored[flag.key], s.*flag.slot);
   const Value& passcode = stored["passcode"];
-  if (passcode.kind() == Value::Kind::kString) check(s.passcode == passcode.asString());
+  if (passcode.kind() == Value::Kind::kString) {
+    check(s.passcode == std::string(passcode.asString().c_str()));
+  }
   if (passcode.kind() == Value::Kind::kInteger) {
     check(s.passcode == std::to_string(passcode.asInteger()));
   }
