@@ -117,6 +117,10 @@ TEST_F(Foundation, RetainedHoldsExactlyOneReference) {
     EXPECT_EQ(count(), 2u);
     moved = owner;
     EXPECT_EQ(count(), 2u);
+    platform::Retained spare(obj);
+    EXPECT_EQ(count(), 3u);
+    spare = platform::Retained();  // moving over a held reference lets it go
+    EXPECT_EQ(count(), 2u);
     moved.reset();
     EXPECT_EQ(count(), 1u);
     platform::Retained keep(obj);
