@@ -74,6 +74,15 @@ void carryOut(id bundleIdentifier, id options, id completion) {
     platform::callBlock<void(id)>(completion, platform::makeString("no such application"));
     return;
   }
+  // FrontBoard brings nothing to the front over the lock screen unless the
+  // lock screen itself sent the request (a notification tapped there).
+  if (!suspended && springBoard().locked && origin != "BulletinDestinationLockScreen") {
+    host::logEvent("open-app", "refused " + bundle + ": the device is locked");
+    platform::callBlock<void(id)>(
+        completion, platform::makeString("Unable to launch " + bundle +
+                                         " because the device was not, or could not be, unlocked"));
+    return;
+  }
   if (suspended) {
     host::logEvent("launch", bundle + " in the background");
   } else {
