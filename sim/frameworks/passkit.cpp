@@ -111,6 +111,12 @@ id glyphInitWithStyle(id self, SEL, Integer style) {
   return self;
 }
 
+// The drawing inside a PKGlyphView, as key-value coding finds its
+// _fingerprintView on a device.
+id fingerprintViewOf(id self, SEL) {
+  return glyph(self).fingerprint.get();
+}
+
 Integer glyphStyle(id self, SEL) {
   return glyph(self).style;
 }
@@ -256,6 +262,7 @@ void definePassKitClasses() {
   ClassBuilder glyphView("PKGlyphView", "UIView");
   addGlyphMethods(glyphView)
       .instance("initWithFrame:", imp(glyphInitWithFrame), typesOf(glyphInitWithFrame).c_str())
+      .instance("fingerprintView", imp(fingerprintViewOf), "@@:")
       .instance("_minimumAnimationDurationForStateTransition", imp(glyphMinimumDuration), "d@:");
   glyphView.build();
 }

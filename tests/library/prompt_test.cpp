@@ -12,11 +12,14 @@
 
 #include "base/flags.h"
 #include "core/controller.h"
+#include "core/state.h"
 #include "platform/classes.h"
 #include "platform/foundation.h"
+#include "platform/hook.h"
 #include "platform/retained.h"
 #include "platform/runtime.h"
 #include "prompt/alert_view.h"
+#include "prompt/glyph_timing.h"
 #include "settings/settings.h"
 #include "sim/common/plist.h"
 #include "sim/device/settings_bundle.h"
@@ -543,6 +546,48 @@ class GlyphStates : public Prompt {
     }
   }
 };
+
+// ---- Glyph timing ----
+
+// The prompt's glyph and its fingerprint drawing change state in a fifth of
+// a second; any other glyph (the lock screen's, Apple Pay's) keeps the
+// platform's own timing, and so does every glyph while no prompt exists.
+TEST_F(Prompt, OnlyThePromptsGlyphTransitionsFaster) {
+  ASSERT_NO_FATAL_FAILURE(start({"10.3"}));
+  const char* kMinimum = "-_minimumAnimationDurationForStateTransition";
+  ASSERT_EQ(
+      platform::installRow(platform::replaced<&glyphMinimumDuration>("PKGlyphView", kMinimum)),
+      platform::InstallStatus::kInstalled);
+  ASSERT_EQ(platform::installRow(platform::replaced<&fingerprintGlyphMinimumDuration>(
+                "PKFingerprintGlyphView", kMinimum)),
+            platform::InstallStatus::kInstalled);
+  const Sel duration(kMinimum + 1);
+  auto fingerprintOf = [](id glyph) {
+    return platform::valueForKeyIfPresent(glyph, "fingerprintView");
+  };
+
+  id p = shown("Messages");
+  id other = send<id>(sendClass<id>(platform::classNamed("PKGlyphView"), Sel("alloc")),
+                      Sel("initWithStyle:"), Integer{0});
+  Retained keepOther = Retained::adopt(other);
+  id glyph = view(p, "glyphView");
+  ASSERT_NE(glyph, nullptr);
+  ASSERT_NE(fingerprintOf(glyph), nullptr);
+  ASSERT_NE(fingerprintOf(other), nullptr);
+  const double platformDuration = send<double>(other, duration);
+  EXPECT_NE(platformDuration, 0.2);
+
+  core::state().kavelinAlert.reset();
+  EXPECT_EQ(send<double>(glyph, duration), platformDuration) << "no prompt: no glyph of its own";
+  EXPECT_EQ(send<double>(fingerprintOf(glyph), duration), platformDuration);
+
+  core::state().kavelinAlert.reset(p);
+  EXPECT_EQ(send<double>(glyph, duration), 0.2);
+  EXPECT_EQ(send<double>(fingerprintOf(glyph), duration), 0.2);
+  EXPECT_EQ(send<double>(other, duration), platformDuration);
+  EXPECT_EQ(send<double>(fingerprintOf(other), duration), platformDuration);
+  core::state().kavelinAlert.reset();
+}
 
 TEST_F(GlyphStates, WithoutTheFaceCamera) {
   ASSERT_NO_FATAL_FAILURE(start({"10.3"}, {{"IconColor", Value::integer(3)}}));
