@@ -20,6 +20,7 @@
 #include "platform/runtime.h"
 #include "prompt/alert_view.h"
 #include "prompt/glyph_timing.h"
+#include "prompt/passcode_field_hooks.h"
 #include "settings/settings.h"
 #include "sim/common/plist.h"
 #include "sim/device/settings_bundle.h"
@@ -546,6 +547,44 @@ class GlyphStates : public Prompt {
     }
   }
 };
+
+// ---- The passcode field kept in place ----
+
+// The first digit remembers where the prompt stands; a move while digits are
+// typed is undone at once after the platform's typing, and again after its
+// own later moves. A prompt that stays put is left alone.
+TEST_F(Prompt, TypingKeepsThePromptWhereItStood) {
+  ASSERT_NO_FATAL_FAILURE(start({"10.3"}));
+  ASSERT_EQ(platform::installRow(
+                platform::replaced<&passcodeInsertText>("PSPasscodeField", "-insertText:")),
+            platform::InstallStatus::kInstalled);
+  ASSERT_EQ(platform::installRow(platform::added<&updateKavelinAlert>(
+                "PSPasscodeField", "-updateKavelinAlert", "v@:")),
+            platform::InstallStatus::kAdded);
+  id p = shown("Messages");
+  core::state().kavelinAlert.reset(p);
+  ASSERT_TRUE(tap(p, 1));
+  id field = view(p, "passcodeField");
+  id container = contentContainer(p);
+  ASSERT_NE(container, nullptr);
+  const double home = frameOf(container).origin.y;
+  auto moveBy = [&](double dy) {
+    CGRect f = frameOf(container);
+    f.origin.y += dy;
+    send<void>(container, Sel("setFrame:"), f);
+  };
+  auto type = [&](const char* digit) { send<void>(field, Sel("insertText:"), str(digit)); };
+
+  type("1");
+  EXPECT_EQ(frameOf(container).origin.y, home);
+  moveBy(-120);  // the keyboard pushed it up
+  type("2");
+  EXPECT_EQ(frameOf(container).origin.y, home) << "put back after the typing";
+  moveBy(-60);
+  advance(0.2);
+  EXPECT_EQ(frameOf(container).origin.y, home) << "and after the platform's later moves";
+  core::state().kavelinAlert.reset();
+}
 
 // ---- Glyph timing ----
 
