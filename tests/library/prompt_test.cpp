@@ -21,6 +21,7 @@
 #include "prompt/alert_view.h"
 #include "prompt/glyph_timing.h"
 #include "prompt/passcode_field_hooks.h"
+#include "prompt/texts.h"
 #include "settings/settings.h"
 #include "sim/common/plist.h"
 #include "sim/device/settings_bundle.h"
@@ -547,6 +548,17 @@ class GlyphStates : public Prompt {
     }
   }
 };
+
+// ---- Texts ----
+
+// The room left above the passcode field for the item's name and for the
+// larger alert of systems 8 to 11: one line less without each.
+TEST(PromptTexts, PaddingByItemNameAndSystem) {
+  EXPECT_EQ(newlinePadding(true, true), "\n\n\n\n\n\n");
+  EXPECT_EQ(newlinePadding(true, false), "\n\n\n\n\n");
+  EXPECT_EQ(newlinePadding(false, true), "\n\n\n\n\n");
+  EXPECT_EQ(newlinePadding(false, false), "\n\n\n\n");
+}
 
 // ---- The passcode field kept in place ----
 
