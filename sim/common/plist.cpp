@@ -32,6 +32,12 @@ std::string textProblem(std::span<const uint8_t> bytes) {
   for (size_t i = 0; i < bytes.size(); ++i) {
     uint8_t c = bytes[i];
     if (c == 0) return "a NUL byte at offset " + std::to_string(i);
+    // Neither text format has control characters outside tab and line
+    // ends; GNUstep reads some leading ones as its own archive's header
+    // and allocates whatever length follows.
+    if (c < 0x20 && c != '\t' && c != '\n' && c != '\r') {
+      return "a control character at offset " + std::to_string(i);
+    }
     if (c >= 0x80) {  // a UTF-8 sequence: its length, then its continuation bytes
       size_t more = (c & 0xE0) == 0xC0 ? 1 : (c & 0xF0) == 0xE0 ? 2 : (c & 0xF8) == 0xF0 ? 3 : 0;
       uint32_t code = c & (0x3F >> more);

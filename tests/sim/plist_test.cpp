@@ -223,6 +223,8 @@ std::vector<Corrupt> corruptFiles() {
        ascii(xml("<dict><key>a</key><string>b")) + Bytes{0} + ascii("c</string></dict>"),
        "NUL byte"},
       {"plain text", ascii("this is no property list { at all"), ""},
+      // GNUstep took these six bytes for its own archive and asked for 3.5 GB.
+      {"control bytes before the text", Bytes{0x01, 0x02, 'i', '<', 'p', 'l'}, "control character"},
   };
 }
 
