@@ -1,7 +1,9 @@
 // The authentication coordinator: deferral, the prompt, success and cancel.
 #include "core/coordinator.h"
 
+#include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "base/flags.h"
 #include "base/session.h"
@@ -121,6 +123,11 @@ void powerDown() {
   }
 }
 
+std::vector<void (*)()>& cleanupForgets() {
+  static auto* forgets = new std::vector<void (*)()>();
+  return *forgets;
+}
+
 // Drops everything one prompt held or borrowed.
 void dropPromptState() {
   CoordinatorState& s = state();
@@ -147,6 +154,7 @@ void dropPromptState() {
   s.lockAfterCancel = false;
   s.powerActionPending = false;
   s.powerDownController.reset();
+  for (void (*forget)() : cleanupForgets()) forget();
 }
 
 }  // namespace
@@ -319,6 +327,11 @@ void cleanupAlertAndRemoveObserver() {
   restoreBacklight();
   if (powerDownScreen) sendIfResponds(powerDownScreen.get(), kCancel);
   settings::post(Note::kAlertCancelled);
+}
+
+void alsoForgetOnCleanup(void (*forget)()) {
+  auto& forgets = cleanupForgets();
+  if (std::find(forgets.begin(), forgets.end(), forget) == forgets.end()) forgets.push_back(forget);
 }
 
 void cleanupOnce(id alert) {

@@ -57,6 +57,10 @@ Replaying replaying();
 // sensor back and tells other processes the prompt was cancelled.
 void cleanupAlertAndRemoveObserver();
 
+// Adds `forget` to what the cleanup runs, for state a guard keeps outside
+// the coordinator that only a success may spend.
+void alsoForgetOnCleanup(void (*forget)());
+
 // The same, run at most once for one prompt however many of the platform's
 // cancel callbacks reach it.
 void cleanupOnce(id alert);

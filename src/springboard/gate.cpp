@@ -64,6 +64,12 @@ LaunchState& launchState() {
   return *state;
 }
 
+void forgetSkippedTransaction() {
+  LaunchState& launch = launchState();
+  launch.skipOwner.reset();
+  launch.skipController.reset();
+}
+
 id openFolder() {
   id icons = platform::sendClass<id>(platform::classNamed("SBIconController"), kSharedInstance);
   return sendIfResponds<id>(icons, kOpenFolder);

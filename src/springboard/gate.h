@@ -57,6 +57,10 @@ struct LaunchState {
 };
 LaunchState& launchState();
 
+// Forgets the transaction a held peek would have let through: a peek that
+// was cancelled is never replayed, and its pass must not serve another launch.
+void forgetSkippedTransaction();
+
 // The open folder of the home screen, or nil.
 id openFolder();
 

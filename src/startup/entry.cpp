@@ -10,6 +10,7 @@
 #include "base/hardware.h"
 #include "core/camera_request.h"
 #include "core/controller.h"
+#include "core/coordinator.h"
 #include "core/file_channel.h"
 #include "core/identities.h"
 #include "core/wifi.h"
@@ -26,6 +27,7 @@
 #include "settings/notifications.h"
 #include "settings/settings.h"
 #include "springboard/blur_view.h"
+#include "springboard/gate.h"
 #include "springboard/integrations.h"
 #include "startup/springboard_observers.h"
 #include "startup/table.h"
@@ -138,6 +140,7 @@ void springBoardSection() {
     registerToken(Note::kAllowInCallNames);
   }
   observe(Note::kScreenChanged, screenChanged);
+  core::alsoForgetOnCleanup(springboard::forgetSkippedTransaction);
   observe(Note::kRequestPhotoLibraryAuthorization, core::photoLibraryRequest);
   observe(Note::kIpcOverride, core::fileRequest);
   registerToken(Note::kIpcOverride);
