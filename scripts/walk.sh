@@ -2,7 +2,9 @@
 # Runs COUNT random walks (default 200) of at least 30 steps each, from SEED
 # (default 1), on both cores: walks, steps, failures and elapsed time. Each
 # failing walk is shrunk to a scenario printed here and written to
-# $TMPDIR/kavelin-walks (or WALK_OUT). Builds the plain tree first when the
+# $TMPDIR/kavelin-walks (or WALK_OUT). Takes the walker, hosts and library
+# from the plain tree, or from the tree WALK_BUILD names (a long run should
+# not share a tree that is rebuilt meanwhile); builds it first when the
 # walker is missing. Exit 0 when every walk held.
 set -uo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
