@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <fstream>
 #include <string>
+#include <string_view>
 
 #include "platform/foundation.h"
 #include "sim/common/plist.h"
@@ -29,9 +30,17 @@ const std::string& folder() {
   return path;
 }
 
+// Text as it comes back: GNUstep makes a string from UTF-8 without a leading
+// byte-order mark, so one at the start of a string or key is not kept.
+std::string asWritten(const std::string& text) {
+  constexpr std::string_view kBom = "\xEF\xBB\xBF";
+  return text.starts_with(kBom) ? text.substr(kBom.size()) : text;
+}
+
 // What a written property list can hold: a value with the objects that read
 // as nothing (a null, an archive's reference) left out, as writing leaves them.
 Value writable(const Value& v) {
+  if (v.kind() == Value::Kind::kString) return Value::string(asWritten(v.asString()));
   if (v.kind() == Value::Kind::kArray) {
     Value::Array items;
     for (const auto& item : v.asArray()) {
@@ -52,7 +61,7 @@ Value writable(const Value& v) {
     }
     Value::Dictionary entries;
     for (const auto& [key, item] : v.asDictionary()) {
-      if (!item.isNone()) entries.emplace(key, writable(item));
+      if (!item.isNone()) entries.emplace(asWritten(key), writable(item));
     }
     return Value::dictionary(std::move(entries));
   }
