@@ -8,10 +8,16 @@
 // are built without frame pointers, so the fast one stops at their first
 // frame, and a leak of a Foundation object made by our code would look the
 // same as the runtime's own tables. The suppressions need the frames below.
+//
+// A size no allocator can give answers NULL, as glibc's malloc does, rather
+// than ending the process: GNUstep's XML parser asks for SIZE_MAX bytes on
+// some malformed property lists and copes with the NULL (the file then reads
+// as corrupt), as it does on the plain build.
 extern "C" {
 
 __attribute__((visibility("default"))) const char* __asan_default_options() {
-  return "detect_leaks=1:abort_on_error=0:detect_odr_violation=0:fast_unwind_on_malloc=0";
+  return "detect_leaks=1:abort_on_error=0:detect_odr_violation=0:fast_unwind_on_malloc=0:"
+         "allocator_may_return_null=1";
 }
 
 __attribute__((visibility("default"))) const char* __lsan_default_options() {
