@@ -124,8 +124,6 @@ Value unpackResult(const char* type, const unsigned char* buffer) {
   }
 }
 
-// send TARGET SELECTOR [ARGS]: TARGET is a class (a class method) or
-// shared:CLASS (its shared instance); ARGS is a JSON array of the arguments.
 // True for a selector whose method returns an object its caller owns:
 // "new", "alloc", "copy" or "mutableCopy", alone or followed by a capital.
 bool ownsResult(const std::string& selector) {
@@ -139,6 +137,8 @@ bool ownsResult(const std::string& selector) {
   return false;
 }
 
+// send TARGET SELECTOR [ARGS]: TARGET is a class (a class method) or
+// shared:CLASS (its shared instance); ARGS is a JSON array of the arguments.
 Value sendAction(const ActionRequest& request, std::string* error) {
   if (request.args.size() < 2) {
     *error = "send needs TARGET SELECTOR [ARGS]";
