@@ -26,6 +26,7 @@ namespace kv::sim::host {
 void defineMessagingCenter();
 void defineProbe();
 void registerImageActions();
+void loadExtensionsBeforeLibrary();
 void registerDiagnosticActions();
 }  // namespace kv::sim::host
 
@@ -64,6 +65,7 @@ Value::Dictionary hello(const Value& command) {
       host::logEvent("error", std::string("private library: ") + dlerror());
     }
   }
+  host::loadExtensionsBeforeLibrary();
   if (!p.library.empty()) {
     if (dlopen(p.library.c_str(), RTLD_NOW | RTLD_GLOBAL) == nullptr) {
       host::logEvent("error", std::string("cannot load the library: ") + dlerror());

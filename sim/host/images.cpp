@@ -4,16 +4,21 @@
 #include <dlfcn.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <climits>
+#include <filesystem>
 #include <functional>
 #include <map>
 #include <string>
+#include <vector>
 
 #include "platform/foundation.h"
 #include "platform/runtime.h"
 #include "sim/host/actions.h"
 #include "sim/host/classes.h"
+#include "sim/host/fs_redirect.h"
 #include "sim/host/link.h"
+#include "sim/host/profile.h"
 
 namespace kv::sim::host {
 
@@ -92,6 +97,31 @@ Value loadImage(const ActionRequest& request, std::string* error) {
 }
 
 }  // namespace
+
+// The injection framework loads a process's extensions in the order of
+// their file names, so one whose name sorts before the library's is there
+// when the library starts. The extensions the device models all hook
+// SpringBoard; a file on the device with no library behind it (a marker
+// the library only looks for) loads nothing.
+void loadExtensionsBeforeLibrary() {
+  static const std::string kLibraryName = "Kavelin";
+  if (profile().processName != "SpringBoard") return;
+  std::error_code ec;
+  std::filesystem::directory_iterator folder(
+      realPathForDevicePath("/Library/MobileSubstrate/DynamicLibraries"), ec);
+  std::vector<std::string> names;
+  for (const auto& entry : ec ? std::filesystem::directory_iterator() : folder) {
+    if (entry.path().extension() == ".dylib") names.push_back(entry.path().stem().string());
+  }
+  std::sort(names.begin(), names.end());
+  for (const auto& name : names) {
+    if (name >= kLibraryName) break;
+    std::string error;
+    if (!loadExtensionLibrary(name, &error)) continue;
+    loaded()[name] = true;
+    logEvent("image", "loaded " + name + " before the library");
+  }
+}
 
 void registerImageActions() {
   registerAction("load-image", loadImage);
