@@ -65,8 +65,6 @@ std::span<const char* const> messageNames() {
 id handleMessageNamed(id name, id userInfo, Channel channel) {
   auto text = platform::stringOf(name);
   if (!text) return nullptr;
-  // Anything but a dictionary is no request at all.
-  if (userInfo != nullptr && !platform::isKindOf(userInfo, "NSDictionary")) userInfo = nullptr;
   for (const auto& handler : kHandlers) {
     if (*text != handler.name) continue;
     return handler.handle(userInfo, channel);

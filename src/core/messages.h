@@ -21,9 +21,11 @@ enum class Channel {
   kFileChannel,      // an app, through a request file in /private/var/tmp
 };
 
-// Answers message `name` (an NSString) with request `userInfo` (a
-// dictionary or nil): the reply dictionary (autoreleased), or nil for an
-// action message, an unknown name or a request that lacks what decides it.
+// Answers message `name` (an NSString) with request `userInfo`: the reply
+// dictionary (autoreleased), or nil for an action message, an unknown name
+// or a request that lacks what decides it. Handlers read the request only
+// through platform::objectForKey, so anything but a dictionary reads as an
+// empty request.
 id handleMessageNamed(id name, id userInfo, Channel channel);
 
 }  // namespace kv::core
