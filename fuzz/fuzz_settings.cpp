@@ -30,6 +30,7 @@
 #include "sim/host/classes.h"
 #include "sim/host/fs_redirect.h"
 #include "sim/host/profile.h"
+#include "tests/support/settings_keys.h"
 
 namespace {
 
@@ -102,40 +103,6 @@ const Words kStrings = {"YES",
                         "Kavelin",
                         ""};
 
-struct ListKey {
-  const char* key;
-  kv::settings::ItemList Settings::*slot;
-};
-const ListKey kLists[] = {
-    {"protected", &Settings::protectedApps},
-    {"protectedNotifications", &Settings::protectedNotifications},
-    {"protectedSettings", &Settings::protectedSettings},
-    {"protectedSwitches", &Settings::protectedSwitches},
-    {"protectedFolders", &Settings::protectedFolders},
-    {"protectedCCItems", &Settings::protectedCCItems},
-    {"protectedCCSettingsItems", &Settings::protectedCCSettingsItems},
-};
-
-struct FlagKey {
-  const char* key;
-  bool Settings::*slot;
-};
-const FlagKey kFlags[] = {
-    {"shouldShowExperimentalAlert", &Settings::shouldShowExperimentalAlert},
-    {"Enabled", &Settings::enabled},
-    {"HideCallerAfterLifting", &Settings::hideCallerAfterLifting},
-    {"VibrateOnError", &Settings::vibrateOnError},
-    {"hapticSetting", &Settings::hapticSetting},
-    {"keepSession", &Settings::keepSession},
-    {"protectSwitcher", &Settings::protectSwitcher},
-    {"protectPowerDown", &Settings::protectPowerDown},
-    {"protectRespring", &Settings::protectRespring},
-    {"protectSIMUnlock", &Settings::protectSIMUnlock},
-    {"protectMovingApps", &Settings::protectMovingApps},
-    {"showProtectedItemName", &Settings::showProtectedItemName},
-    {"protectSiri", &Settings::protectSiri},
-};
-
 // A rule that does not hold names its line before the crash is recorded.
 void check(bool holds, int line = __builtin_LINE()) {
   if (holds) return;
@@ -194,16 +161,23 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (kv::base::flags().isIOS10OrLater && !s.enabled) {
     check(kv::settings::stateOf(kv::settings::Note::kCallerIdHandling) == 0);
   }
-  for (const ListKey& list : kLists) {
-    if (ios11 && list.slot == &Settings::protectedNotifications) continue;
+  for (const auto& list : kv::testing::kListKeys) {
+    if (ios11 && list.member == &Settings::protectedNotifications) continue;
     std::vector<std::string> expected;
     for (const Value& item : stored[list.key].asArray()) {
       // Text is read as a C string, up to a NUL inside it.
       if (item.kind() == Value::Kind::kString) expected.push_back(item.asString().c_str());
     }
-    check((s.*list.slot) == expected);
+    check((s.*list.member) == expected);
   }
-  for (const FlagKey& flag : kFlags) checkFlag(stored[flag.key], s.*flag.slot);
+  // The two flags that also depend on the device are held to their rules above.
+  for (const auto& flag : kv::testing::kFlagKeys) {
+    if (flag.member == &Settings::callerNameProtected ||
+        flag.member == &Settings::unlockUsingTouchID) {
+      continue;
+    }
+    checkFlag(stored[flag.key], s.*flag.member);
+  }
   const Value& passcode = stored["passcode"];
   if (passcode.kind() == Value::Kind::kString) {
     check(s.passcode == std::string(passcode.asString().c_str()));

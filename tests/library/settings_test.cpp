@@ -17,6 +17,7 @@
 #include "sim/host/classes.h"
 #include "sim/host/fs_redirect.h"
 #include "sim/host/profile.h"
+#include "tests/support/settings_keys.h"
 
 namespace kv::settings {
 namespace {
@@ -93,52 +94,10 @@ TEST_F(SettingsLoad, MissingOrUnreadableFilesLoadEveryDefault) {
   }
 }
 
-// Every plain switch of the domain: the key the settings pane writes, where
-// the loader keeps it, and what an untouched setting means.
-struct FlagKey {
-  const char* key;
-  bool Settings::*member;
-  bool fallback;
-};
-const FlagKey kFlagKeys[] = {
-    {"shouldShowExperimentalAlert", &Settings::shouldShowExperimentalAlert, true},
-    {"Enabled", &Settings::enabled, true},
-    {"callerNameProtected", &Settings::callerNameProtected, false},
-    {"HideCallerAfterLifting", &Settings::hideCallerAfterLifting, true},
-    {"VibrateOnError", &Settings::vibrateOnError, false},
-    {"hapticSetting", &Settings::hapticSetting, true},
-    {"keepSession", &Settings::keepSession, false},
-    {"protectSwitcher", &Settings::protectSwitcher, false},
-    {"protectPowerDown", &Settings::protectPowerDown, true},
-    {"protectPowerDownOnCriticalBattery", &Settings::protectPowerDownOnCriticalBattery, false},
-    {"protectRespring", &Settings::protectRespring, true},
-    {"blurAppSwitcher", &Settings::blurAppSwitcher, true},
-    {"showKavelinedText", &Settings::showKavelinedText, true},
-    {"protectSIMUnlock", &Settings::protectSIMUnlock, false},
-    {"protectMovingApps", &Settings::protectMovingApps, false},
-    {"unlockUsingTouchID", &Settings::unlockUsingTouchID, false},
-    {"CloseProtectedFoldersAfterLaunchingApp", &Settings::closeProtectedFoldersAfterLaunchingApp,
-     true},
-    {"QuitProtectedAppsOnDeviceLock", &Settings::quitProtectedAppsOnDeviceLock, true},
-    {"showProtectedItemName", &Settings::showProtectedItemName, true},
-    {"appsInFoldersAreStillProtected", &Settings::appsInFoldersAreStillProtected, false},
-    {"protectSiri", &Settings::protectSiri, false},
-};
-
-// The lists, each stored here as a one-name list of its own key.
-struct ListKey {
-  const char* key;
-  ItemList Settings::*member;
-};
-const ListKey kListKeys[] = {
-    {"protected", &Settings::protectedApps},
-    {"protectedNotifications", &Settings::protectedNotifications},
-    {"protectedSettings", &Settings::protectedSettings},
-    {"protectedSwitches", &Settings::protectedSwitches},
-    {"protectedFolders", &Settings::protectedFolders},
-    {"protectedCCItems", &Settings::protectedCCItems},
-    {"protectedCCSettingsItems", &Settings::protectedCCSettingsItems},
-};
+using kv::testing::FlagKey;
+using kv::testing::kFlagKeys;
+using kv::testing::kListKeys;
+using kv::testing::ListKey;
 
 // An untouched setting means the same before the first load (what a guard
 // reads if it runs early) and after loading an empty domain; a stored value
