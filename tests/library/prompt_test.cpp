@@ -28,6 +28,7 @@
 #include "sim/frameworks/frameworks.h"
 #include "sim/host/fs_redirect.h"
 #include "tests/sim/ui_test_support.h"
+#include "tests/support/springboard_process.h"
 
 namespace kv::prompt {
 namespace {
@@ -73,11 +74,7 @@ CGRect frameOf(id view) {
   return send<CGRect>(view, Sel("frame"));
 }
 
-struct Device {
-  const char* version = "10.3";
-  const char* biometrics = "touchid";  // "none", "touchid" or "faceid"
-  sim::BundlePlace bundle = sim::BundlePlace::kLibrary;
-};
+using Device = kv::testing::SpringBoardDevice;
 
 class Prompt : public ::testing::Test {
  protected:
@@ -91,33 +88,10 @@ class Prompt : public ::testing::Test {
   // bundle, the version flags, the classes of the library, and `prefs`.
   void start(Device d, Value::Dictionary prefs = {}) {
     char pattern[] = "/tmp/kavelin-prompt-XXXXXX";
-    root_ = mkdtemp(pattern);
-    sim::setDeviceRoot(root_);
-    std::filesystem::create_directories(root_ + "/private/var/mobile/Library/Preferences");
-    std::filesystem::create_directories(root_ + "/private/var/tmp");  // gtest's captured streams
-    ASSERT_TRUE(sim::installSettingsBundle(root_, d.bundle));
-    sim::host::Profile p;
-    p.processName = "SpringBoard";
-    p.bundleIdentifier = "com.apple.springboard";
-    p.osVersion = d.version;
-    p.osVersionString = std::string("Version ") + d.version + " (Build 15B93)";
-    p.model = "iPhone";
-    p.biometrics = d.biometrics;
-    if (p.biometrics == "touchid") p.ioServices = {"AppleMesa"};
-    if (p.biometrics == "faceid") p.ioServices = {"AppleH10PearlCam"};
-    sim::host::setProfile(p);
-    sim::host::applyProfile();
-    ASSERT_EQ(sim::host::installVirtualTime(), std::vector<std::string>{});
-    sim::host::setNowNanos(kStart);
-    sim::frameworks::defineFrameworks();
-    using base::VersionFlag;
-    for (VersionFlag f :
-         {VersionFlag::kIOS11, VersionFlag::kIOS10OrLater, VersionFlag::kIOS102OrLater,
-          VersionFlag::kIOS92OrLater, VersionFlag::kIOS9OrLater, VersionFlag::kIOS8OrLater}) {
-      base::computeFlag(f);
-    }
-    core::defineKavelinController();
-    defineAlertView();
+    const char* made = mkdtemp(pattern);
+    ASSERT_NE(made, nullptr);
+    root_ = made;
+    ASSERT_EQ(kv::testing::becomeSpringBoard(root_, d, kStart), "");
     platform::defineClass("PromptWatcher", "NSObject",
                           {platform::method("alertView:clickedButtonAtIndex:", clicked),
                            platform::method("alertView:didDismissWithButtonIndex:", didDismiss)});
