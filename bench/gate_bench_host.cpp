@@ -182,6 +182,18 @@ Value measure(const kv::sim::host::ActionRequest& request, std::string* error) {
       pool.tick();
     }
   });
+  // The platform's text of that id, as a guard must read it to look it up:
+  // the string's only declared reader.
+  benchmark::RegisterBenchmark(sized("text_read").c_str(), [&](benchmark::State& state) {
+    DrainedPool pool;
+    SEL utf8 = kv::platform::selector("UTF8String");
+    id identifier = send<id>(otherIcon, kv::platform::selector("applicationBundleID"));
+    for (auto _ : state) {
+      const char* text = send<const char*>(identifier, utf8);
+      benchmark::DoNotOptimize(text);
+      pool.tick();
+    }
+  });
   // The platform's part of a protected decision: the domain synchronised
   // and the trusted networks copied, as every decision must do.
   benchmark::RegisterBenchmark(sized("preferences_read").c_str(), [&](benchmark::State& state) {

@@ -50,6 +50,9 @@ const std::vector<FolderInfo> kFolders = {
 
 struct AppState {
   std::string bundle;
+  // The identifier as the app object keeps it: its readers are handed the
+  // same string every time, as SpringBoard's own do.
+  Retained bundleString;
 };
 struct IconState {
   Retained application;  // SBApplicationIcon
@@ -68,7 +71,7 @@ struct IconListState {
 // ---- SBApplication ----
 
 id appBundleIdentifier(id self, SEL) {
-  return platform::makeString(stateOf<AppState>(self).bundle);
+  return stateOf<AppState>(self).bundleString.get();
 }
 id appDisplayName(id self, SEL) {
   for (const auto& a : kApps) {
@@ -115,7 +118,8 @@ id iconApplication(id self, SEL) {
   return stateOf<IconState>(self).application.get();
 }
 id iconBundleID(id self, SEL) {
-  return send<id>(stateOf<IconState>(self).application.get(), Sel("bundleIdentifier"));
+  static const Sel kBundleIdentifier("bundleIdentifier");
+  return send<id>(stateOf<IconState>(self).application.get(), kBundleIdentifier);
 }
 id iconDisplayName(id self, SEL) {
   id app = stateOf<IconState>(self).application.get();
@@ -462,7 +466,9 @@ id applicationNamed(const std::string& bundleIdentifier) {
   for (const auto& a : kApps) {
     if (bundleIdentifier != a.bundleIdentifier) continue;
     id app = host::newObject(platform::classNamed("SBApplication"));
-    stateOf<AppState>(app).bundle = bundleIdentifier;
+    AppState& state = stateOf<AppState>(app);
+    state.bundle = bundleIdentifier;
+    state.bundleString = Retained(platform::makeString(bundleIdentifier));
     (*apps)[bundleIdentifier] = Retained::adopt(app);
     return app;
   }
