@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdlib>
 #include <string>
 #include <vector>
@@ -17,6 +16,7 @@
 #include "sim/host/classes.h"
 #include "sim/host/profile.h"
 #include "sim/host/run_loop.h"
+#include "tests/support/virtual_time.h"
 
 namespace kv::sim::frameworks::testing {
 
@@ -51,13 +51,7 @@ inline double elapsed() {
 
 // Lets `seconds` of virtual time pass, running what falls due in order.
 inline void advance(double seconds) {
-  int64_t end = host::nowNanos() + std::llround(seconds * 1e9);
-  host::runDue();
-  while (host::nextDue() && *host::nextDue() <= end) {
-    host::setNowNanos(*host::nextDue());
-    host::runDue();
-  }
-  host::setNowNanos(end);
+  kv::testing::advanceVirtualTime(seconds);
 }
 
 // The calls test classes record, in order.

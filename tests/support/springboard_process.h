@@ -5,7 +5,6 @@
 // role, and the library's controller and prompt classes.
 #pragma once
 
-#include <cmath>
 #include <cstdint>
 #include <filesystem>
 #include <string>
@@ -19,6 +18,7 @@
 #include "sim/host/fs_redirect.h"
 #include "sim/host/profile.h"
 #include "sim/host/run_loop.h"
+#include "tests/support/virtual_time.h"
 
 namespace kv::testing {
 
@@ -64,17 +64,6 @@ inline std::string becomeSpringBoard(const std::string& root, const SpringBoardD
   core::defineKavelinController();
   prompt::defineAlertView();
   return "";
-}
-
-// Lets `seconds` of virtual time pass, running what falls due in order.
-inline void advanceVirtualTime(double seconds) {
-  int64_t end = sim::host::nowNanos() + std::llround(seconds * 1e9);
-  sim::host::runDue();
-  while (sim::host::nextDue() && *sim::host::nextDue() <= end) {
-    sim::host::setNowNanos(*sim::host::nextDue());
-    sim::host::runDue();
-  }
-  sim::host::setNowNanos(end);
 }
 
 }  // namespace kv::testing
