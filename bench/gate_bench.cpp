@@ -12,8 +12,9 @@
 //     interception (see the stand-in below);
 //   - the platform's own parts of the decision: the icon's bundle id read,
 //     the text of that id read (the string's UTF8String, as the guard must
-//     read it to look it up), and the preferences domain synchronised and the trusted networks
-//     copied (which a protected decision does every time);
+//     read it to look it up), and the preferences domain synchronised and
+//     the trusted networks copied (which a protected decision does every
+//     time);
 //   - an unprotected app's icon launch through the real interception;
 //   - a protected app's icon launch through the real interception: the
 //     guard gate (trusted networks read from the preferences each time),
